@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "base/Export.h"
+
+namespace halvarin {
+
+/// Whether the whole text matches a pattern in which "?" stands for exactly one character and "*"
+/// for any run of characters. Case-sensitive. A character is a UTF-16 unit; bytes that are not
+/// UTF-8 count one by one.
+[[nodiscard]] HALVARIN_EXPORT bool matchesLike(std::string_view text, std::string_view pattern);
+
+/// Whether some text of exactly `length` characters can match the pattern.
+[[nodiscard]] HALVARIN_EXPORT bool likeCanMatchLength(std::string_view pattern, std::size_t length);
+
+}  // namespace halvarin

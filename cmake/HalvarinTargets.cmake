@@ -1,0 +1,39 @@
+# One folder, one layer, one object library with declared links. The shared library, the packer, the
+# tests and the benches link the same objects.
+
+set(HALVARIN_WARNINGS
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wcast-qual -Wformat=2 -Werror)
+
+function(halvarin_compile target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_compile_options(${target} PRIVATE ${HALVARIN_WARNINGS})
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    target_compile_options(${target} PRIVATE -Wthread-safety)
+  endif()
+endfunction()
+
+# halvarin_layer(NAME SOURCES ... [DEPENDS LAYER...] [LIBRARIES LIBRARY...])
+function(halvarin_layer name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LIBRARIES" ${ARGN})
+  set(target halvarin_${name})
+  add_library(${target} OBJECT ${ARG_SOURCES})
+  halvarin_compile(${target})
+  target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
+  foreach(layer IN LISTS ARG_DEPENDS)
+    target_link_libraries(${target} PUBLIC halvarin_${layer})
+  endforeach()
+  target_link_libraries(${target} PRIVATE ${ARG_LIBRARIES})
+  set_target_properties(${target} PROPERTIES HALVARIN_LIBRARIES "${ARG_LIBRARIES}")
+endfunction()
+
+# Gives a program or library the objects of these layers, their headers and what they link.
+function(halvarin_link target)
+  foreach(layer IN LISTS ARGN)
+    target_sources(${target} PRIVATE $<TARGET_OBJECTS:halvarin_${layer}>)
+    target_include_directories(
+      ${target} PRIVATE $<TARGET_PROPERTY:halvarin_${layer},INTERFACE_INCLUDE_DIRECTORIES>)
+    get_target_property(libraries halvarin_${layer} HALVARIN_LIBRARIES)
+    target_link_libraries(${target} PRIVATE ${libraries})
+  endforeach()
+endfunction()

@@ -1,0 +1,30 @@
+#include "host/Facade.h"
+
+#include <iostream>
+
+#include "host/Exit.h"
+#include "host/MachineChoice.h"
+#include "host/Terminal.h"
+#include "smc/QXSMCInterface.h"
+
+namespace halvarin::host {
+
+std::shared_ptr<QXHalvarin> openFacade(const Options& options) {
+  chooseMachine(options);
+  auto facade = QXHalvarin::sharedHalvarin();
+  if (!facade) {
+    throw ExitError(Exit::noMachine,
+                    "the sensor database inside the library cannot be read; install it anew");
+  }
+  if (!QXSMCInterface::sharedSMC()) {
+    refuseWithoutController(options);
+  }
+  if (!facade->sensorDict()) {
+    std::cerr << "halvarin: the sensor database does not know the model \""
+              << printable(facade->machineModel())
+              << "\", so only its fans are listed; sensors --all-keys lists every key\n";
+  }
+  return facade;
+}
+
+}  // namespace halvarin::host

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+#include "host/Options.h"
+#include "sensors/QXHalvarin.h"
+
+namespace halvarin::host {
+
+/// Chooses the machine and starts the library on it. Throws ExitError when there is no controller or
+/// no sensor database. Says on standard error when the database does not know the model.
+[[nodiscard]] std::shared_ptr<QXHalvarin> openFacade(const Options& options);
+
+}  // namespace halvarin::host

@@ -1,0 +1,80 @@
+#include "host/FaultOption.h"
+
+#include <charconv>
+#include <string_view>
+
+#include "base/NumberText.h"
+#include "host/Exit.h"
+
+namespace halvarin::host {
+
+namespace {
+
+constexpr std::size_t kKeyCharacters = 4;
+
+[[noreturn]] void refuse(const std::string& text, const std::string& why) {
+  throw ExitError(Exit::usage, "--fault " + text + ": " + why +
+                                   "; it takes KEY=VALUE, KEY=error:STATUS or vanish:N");
+}
+
+template <typename Number>
+std::optional<Number> wholeNumber(std::string_view text, int base) {
+  Number number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number, base);
+  return error == std::errc() && rest == end ? std::optional(number) : std::nullopt;
+}
+
+bool looksLikeNumber(std::string_view text) {
+  if (text == "nan" || text == "inf" || text == "-inf") {
+    return true;
+  }
+  const std::size_t begin = text.find_first_not_of("+-");
+  return begin != std::string_view::npos && begin <= 1 &&
+         text.find_first_of("0123456789") != std::string_view::npos &&
+         text.find_first_not_of("0123456789.eE+-") == std::string_view::npos;
+}
+
+StatusFault statusFault(const std::string& text, const std::string& key, std::string_view status) {
+  if (status.substr(0, 2) == "0x" || status.substr(0, 2) == "0X") {
+    status.remove_prefix(2);
+  }
+  const auto number = wholeNumber<std::uint32_t>(status, 16);
+  if (!number || *number == 0) {
+    refuse(text, "\"" + std::string(status) + "\" is no hexadecimal status");
+  }
+  return {key, static_cast<std::int32_t>(*number)};
+}
+
+VanishFault vanishFault(const std::string& text, std::string_view transfers) {
+  const auto number = wholeNumber<std::uint64_t>(transfers, 10);
+  if (!number) {
+    refuse(text, "\"" + std::string(transfers) + "\" is no number of transfers");
+  }
+  return {*number};
+}
+
+}  // namespace
+
+FaultOption parseFault(const std::string& text) {
+  constexpr std::string_view kVanish = "vanish:";
+  constexpr std::string_view kError = "error:";
+  if (text.rfind(kVanish, 0) == 0) {
+    return vanishFault(text, std::string_view(text).substr(kVanish.size()));
+  }
+  // The fifth character, since a key may hold a "=" itself.
+  if (text.size() <= kKeyCharacters || text[kKeyCharacters] != '=') {
+    refuse(text, "a key has four characters (blanks at its end count)");
+  }
+  const std::string key = text.substr(0, kKeyCharacters);
+  const std::string_view value = std::string_view(text).substr(kKeyCharacters + 1);
+  if (value.substr(0, kError.size()) == kError) {
+    return statusFault(text, key, value.substr(kError.size()));
+  }
+  if (!looksLikeNumber(value)) {
+    refuse(text, "\"" + std::string(value) + "\" is no number");
+  }
+  return ReadingFault{key, decimalReading(value)};
+}
+
+}  // namespace halvarin::host

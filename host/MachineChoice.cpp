@@ -1,0 +1,140 @@
+#include "host/MachineChoice.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <utility>
+
+#include "host/Exit.h"
+#include "platform/Clock.h"
+#include "platform/PowerSource.h"
+#include "platform/machine/BuiltInMachine.h"
+#include "platform/machine/CurrentMachine.h"
+#include "platform/machine/MachineFile.h"
+#include "platform/machine/SimulatedMachine.h"
+
+namespace halvarin::host {
+
+namespace {
+
+constexpr std::size_t kMostModelCharacters = 24;  // what the platform's call carries
+
+platform::RecordedMachine recordedMachine(const MachineOption& option) {
+  if (option.kind == MachineOption::Kind::simulated) {
+    return platform::builtInLaptop();
+  }
+  auto read = platform::readMachineFile(option.path);
+  if (const auto* error = std::get_if<platform::MachineFileError>(&read)) {
+    throw ExitError(Exit::noMachine, error->message());
+  }
+  auto machine = std::get<platform::RecordedMachine>(std::move(read));
+  if (machine.model.size() > kMostModelCharacters) {
+    std::cerr << "halvarin: the model \"" << machine.model << "\" has more than "
+              << kMostModelCharacters << " characters and reads as none; add a line \"Model: ...\" to "
+              << option.path << "\n";
+  }
+  return machine;
+}
+
+std::function<void(std::string_view)> journalTo(const std::string& path) {
+  if (path.empty()) {
+    return nullptr;
+  }
+  auto file = std::make_shared<std::ofstream>(path, std::ios::trunc);
+  if (!*file) {
+    throw ExitError(Exit::usage, "the journal " + path + " cannot be written: " +
+                                     std::strerror(errno));
+  }
+  return [file](std::string_view line) { *file << line << std::endl; };
+}
+
+/// Sorts the faults into those that the machine starts with and readings to be set on it.
+std::vector<ReadingFault> takeFaults(const Options& options, platform::Simulation& simulation) {
+  std::vector<ReadingFault> readings;
+  for (const FaultOption& fault : options.faults) {
+    if (const auto* reading = std::get_if<ReadingFault>(&fault)) {
+      readings.push_back(*reading);
+    } else if (const auto* status = std::get_if<StatusFault>(&fault)) {
+      for (const platform::Command command : {platform::Command::read, platform::Command::write}) {
+        platform::TransferFault transfer;
+        transfer.key = platform::fourBytes(status->key);
+        transfer.command = static_cast<std::uint8_t>(command);
+        transfer.status = status->status;
+        simulation.faults.push_back(transfer);
+      }
+    } else {
+      simulation.vanishAfter = std::get<VanishFault>(fault).transfers;
+    }
+  }
+  return readings;
+}
+
+void checkKeyExists(const platform::RecordedMachine& machine, const FaultOption& fault) {
+  const auto keyOf = [](const auto& each) -> std::string {
+    if constexpr (requires { each.key; }) {
+      return each.key;
+    }
+    return {};
+  };
+  const std::string key = std::visit(keyOf, fault);
+  for (const platform::RecordedKey& each : machine.keys) {
+    if (key.empty() || each.code == platform::fourBytes(key)) {
+      return;
+    }
+  }
+  throw ExitError(Exit::usage, "--fault: this machine has no key \"" + key + "\"");
+}
+
+}  // namespace
+
+void chooseMachine(const Options& options) {
+  if (options.machine.kind == MachineOption::Kind::thisComputer) {
+    return;
+  }
+  platform::RecordedMachine recorded = recordedMachine(options.machine);
+  for (const FaultOption& fault : options.faults) {
+    checkKeyExists(recorded, fault);
+  }
+  platform::Simulation simulation;
+  simulation.clock = std::make_shared<platform::ScaledClock>(options.clockFactor);
+  simulation.latency = options.latency;
+  simulation.readingsMove = options.machine.kind == MachineOption::Kind::simulated;
+  simulation.journal = journalTo(options.journalPath);
+  const std::vector<ReadingFault> readings = takeFaults(options, simulation);
+  auto machine =
+      std::make_shared<platform::SimulatedMachine>(std::move(recorded), std::move(simulation));
+  for (const ReadingFault& reading : readings) {
+    if (!machine->setReading(reading.key, reading.number)) {
+      throw ExitError(Exit::usage,
+                      "--fault: the type of the key \"" + reading.key + "\" holds no number");
+    }
+  }
+  platform::setMachine(std::move(machine));
+}
+
+MachineHeading machineHeading(const Options& options, const std::string& model) {
+  constexpr const char* kKinds[] = {"this", "simulated", "file"};
+  return {kKinds[static_cast<int>(options.machine.kind)], model,
+          platform::providingPowerSourceType()};
+}
+
+std::string headingLine(const MachineHeading& heading) {
+  std::string line = "Machine: " + (heading.model.empty() ? "unknown model" : heading.model);
+  if (heading.kind != "this") {
+    line += heading.kind == "file" ? " (recorded)" : " (simulated)";
+  }
+  return heading.powerSource.empty() ? line : line + ", " + heading.powerSource;
+}
+
+void refuseWithoutController(const Options& options) {
+  if (options.machine.kind == MachineOption::Kind::thisComputer) {
+    throw ExitError(Exit::noMachine,
+                    "this computer has no System Management Controller that can be used; "
+                    "--machine simulated shows a simulated one, --machine file:PATH a recorded one");
+  }
+  throw ExitError(Exit::noMachine, "the machine's controller has gone away");
+}
+
+}  // namespace halvarin::host

@@ -1,0 +1,215 @@
+#include "host/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <iostream>
+#include <string_view>
+
+#include "base/HalvarinVersion.h"
+#include "base/LikePattern.h"
+#include "base/NumberText.h"
+#include "host/Exit.h"
+#include "platform/machine/BuiltInMachine.h"
+
+namespace halvarin::host {
+
+namespace {
+
+constexpr std::array<std::string_view, 9> kCategories{
+    "temperature", "voltage", "current",     "power", "light",
+    "motion",      "magnetic", "calibration", "fans"};
+
+/// The texts of the command line, before they are understood.
+struct RawOptions {
+  std::string machine = "this";
+  std::string latency;
+  double clockFactor = 1;
+  std::vector<std::string> faults;
+  std::string category;
+  std::string keyPattern;
+};
+
+[[noreturn]] void refuse(const std::string& line) { throw ExitError(Exit::usage, line); }
+
+std::string listed(const auto& words) {
+  std::string text;
+  for (const std::string_view word : words) {
+    text += (text.empty() ? "" : ", ") + std::string(word);
+  }
+  return text;
+}
+
+MachineOption machineOption(const std::string& text) {
+  constexpr std::string_view kFile = "file:";
+  constexpr std::string_view kSimulated = "simulated:";
+  if (text == "this") {
+    return {};
+  }
+  if (text.rfind(kFile, 0) == 0 && text.size() > kFile.size()) {
+    return {MachineOption::Kind::file, text.substr(kFile.size())};
+  }
+  const std::string model = platform::builtInLaptop().model;
+  if (text == "simulated" || text == std::string(kSimulated) + model) {
+    return {MachineOption::Kind::simulated, {}};
+  }
+  if (text.rfind(kSimulated, 0) == 0) {
+    refuse("there is no built-in machine \"" + text.substr(kSimulated.size()) +
+           "\"; there is: " + model);
+  }
+  refuse("--machine takes this, simulated, simulated:" + model + " or file:PATH, not \"" + text +
+         "\"");
+}
+
+std::chrono::nanoseconds latencyOption(const std::string& text) {
+  struct Unit {
+    std::string_view name;
+    double nanoseconds;
+  };
+  constexpr std::array<Unit, 4> kUnits{{{"ns", 1}, {"us", 1e3}, {"ms", 1e6}, {"s", 1e9}}};
+  constexpr double kMostNanoseconds = 60e9;
+  if (text.empty()) {
+    return {};
+  }
+  const std::size_t unitAt = std::min(text.find_first_not_of("0123456789."), text.size());
+  const std::string number = text.substr(0, unitAt);
+  for (const Unit& unit : kUnits) {
+    if (unit.name == std::string_view(text).substr(unitAt) &&
+        number.find_first_of("0123456789") != std::string::npos) {
+      const double time = decimalReading(number) * unit.nanoseconds;
+      if (time <= kMostNanoseconds) {
+        return std::chrono::nanoseconds(std::llround(time));
+      }
+    }
+  }
+  refuse("--latency takes a time up to 60s with its unit, as in 100us, 2ms or 0.5s, not \"" + text +
+         "\"");
+}
+
+std::optional<std::string> categoryOption(const std::string& text) {
+  if (text.empty()) {
+    return std::nullopt;
+  }
+  if (std::find(kCategories.begin(), kCategories.end(), text) == kCategories.end()) {
+    refuse("there is no category \"" + text + "\"; there are: " + listed(kCategories));
+  }
+  return text;
+}
+
+std::optional<std::string> patternOption(const std::string& text) {
+  if (text.empty()) {
+    return std::nullopt;
+  }
+  if (!likeCanMatchLength(text, 4)) {
+    refuse("no key can match \"" + text +
+           "\": keys have four characters; ? stands for one, * for any number of them");
+  }
+  return text;
+}
+
+void checkTogether(const Options& options) {
+  const bool simulates = options.latency.count() > 0 || options.clockFactor != 1 ||
+                         !options.faults.empty() || !options.journalPath.empty();
+  if (simulates && options.machine.kind == MachineOption::Kind::thisComputer) {
+    refuse("--latency, --clock, --fault and --journal need --machine simulated or file:PATH");
+  }
+  if (!std::isfinite(options.clockFactor) || options.clockFactor < 0) {
+    refuse("--clock takes a factor of 0 or more");
+  }
+  if (options.allKeys && options.category) {
+    refuse("--all-keys reads every key: it goes without a category");
+  }
+  if (options.dump && (options.json || options.keyPattern)) {
+    refuse("--dump writes the whole machine in its own format: it goes without --json and PATTERN");
+  }
+}
+
+Options understood(Options options, const RawOptions& raw) {
+  options.machine = machineOption(raw.machine);
+  options.latency = latencyOption(raw.latency);
+  options.clockFactor = raw.clockFactor;
+  for (const std::string& fault : raw.faults) {
+    options.faults.push_back(parseFault(fault));
+  }
+  options.category = categoryOption(raw.category);
+  options.keyPattern = patternOption(raw.keyPattern);
+  checkTogether(options);
+  return options;
+}
+
+void addGlobalOptions(CLI::App& app, Options& options, RawOptions& raw) {
+  app.add_option("--machine", raw.machine,
+                 "this (default), simulated[:MODEL] or file:PATH (a recorded machine)");
+  app.add_option("--latency", raw.latency, "simulated machines: time a transfer takes, as in 100us");
+  app.add_option("--clock", raw.clockFactor,
+                 "simulated machines: how much faster time runs; 0 stops it");
+  app.add_option("--fault", raw.faults,
+                 "simulated machines: KEY=VALUE, KEY=error:STATUS or vanish:N; may be repeated")
+      ->allow_extra_args(false);
+  app.add_option("--journal", options.journalPath,
+                 "simulated machines: write every call that the machine gets to a file");
+  app.add_flag("--verbose", options.verbose, "show all log lines");
+  app.add_flag_callback(
+      "--version",
+      [] {
+        std::cout << "halvarin " << fixedText(HalvarinVersionNumber, 1) << "\n";
+        throw CLI::Success();
+      },
+      "show the version");
+}
+
+void addCommands(CLI::App& app, Options& options, RawOptions& raw) {
+  auto* sensors = app.add_subcommand("sensors", "every sensor with value, unit, limits, verdict");
+  sensors->add_option("CATEGORY", raw.category, listed(kCategories));
+  sensors->add_flag("--all-keys", options.allKeys, "every key of the controller, described or not");
+  sensors->add_flag("--json", options.json, "one JSON value instead of a table");
+  sensors->callback([&options] { options.command = Command::sensors; });
+
+  auto* keys = app.add_subcommand("keys", "raw keys with type, size, bytes and integer value");
+  keys->add_option("PATTERN", raw.keyPattern, "keys to show: ? is one character, * any number");
+  keys->add_flag("--json", options.json, "one JSON value instead of a table");
+  keys->add_flag("--dump", options.dump, "a machine file that --machine file:PATH takes");
+  keys->callback([&options] { options.command = Command::keys; });
+
+  auto* models = app.add_subcommand("models", "the models that the sensor database knows");
+  models->add_flag("--json", options.json, "one JSON value instead of a table");
+  models->callback([&options] { options.command = Command::models; });
+}
+
+std::string oneLine(std::string text) {
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  return text;
+}
+
+}  // namespace
+
+std::optional<Options> parseOptions(int argumentCount, const char* const* arguments) {
+  Options options;
+  RawOptions raw;
+  CLI::App app("Reads, judges and shows the sensors of a Macintosh computer.", "halvarin");
+  app.fallthrough();
+  app.footer("Exits: 0 fine, 1 a test failed, 2 wrong usage, 3 no SMC or machine file unreadable.");
+  addGlobalOptions(app, options, raw);
+  addCommands(app, options, raw);
+  try {
+    app.parse(argumentCount, arguments);
+  } catch (const CLI::CallForHelp&) {
+    std::cout << app.help();
+    return std::nullopt;
+  } catch (const CLI::Success&) {
+    return std::nullopt;
+  } catch (const CLI::ExtrasError& error) {
+    const bool hasCommand = !app.get_subcommands().empty();
+    refuse(oneLine(error.what()) + (hasCommand ? "; see 'halvarin --help'"
+                                               : "; the commands are sensors, keys and models"));
+  } catch (const CLI::ParseError& error) {
+    refuse(oneLine(error.what()) + "; see 'halvarin --help'");
+  }
+  if (app.get_subcommands().empty()) {
+    refuse("a command is missing: sensors, keys or models; see 'halvarin --help'");
+  }
+  return understood(std::move(options), raw);
+}
+
+}  // namespace halvarin::host

@@ -1,0 +1,166 @@
+#include "host/SensorsCommand.h"
+
+#include <array>
+#include <iostream>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "host/Facade.h"
+#include "host/RecordJson.h"
+#include "host/Table.h"
+#include "host/Terminal.h"
+#include "host/VerdictText.h"
+#include "platform/SystemLog.h"
+#include "sensors/QXHalvarin.h"
+#include "sensors/SensorRecord.h"
+#include "smc/KeyRecord.h"
+
+namespace halvarin::host {
+
+namespace {
+
+/// A freshly read record and the category that it belongs to ("" for none).
+struct Reading {
+  DictionaryRef record;
+  std::string category;
+};
+
+struct Readings {
+  MachineHeading heading;
+  bool onMains = false;
+  std::vector<Reading> all;
+};
+
+constexpr std::string_view kCategoryOrder[] = {"temperature", "voltage",  "current",
+                                               "power",       "light",    "motion",
+                                               "magnetic",    "calibration", "fans"};
+
+void appendAll(const ArrayRef& records, const std::string& category, std::vector<Reading>& all) {
+  for (const Value& each : *records->elements()) {
+    all.push_back({each.dictionary(), category});
+  }
+}
+
+std::string categoryOf(const QXHalvarin& facade, const DictionaryRef& record) {
+  for (const std::string_view category : kCategoryOrder) {
+    for (const Value& each : *facade.sensorKeys()->get(category).array()->elements()) {
+      if (each.dictionary() == record) {
+        return std::string(category);
+      }
+    }
+  }
+  return {};
+}
+
+/// A reading of all keys logs each key of type "ui32", which says nothing to most people.
+void quietAllKeysLog() {
+  platform::setSystemLogSink([](std::string_view line) {
+    if (line.substr(0, 5) != "ui32 ") {
+      std::cerr << line << "\n";
+    }
+  });
+}
+
+void readAllKeys(QXHalvarin& facade, const Options& options, Readings& readings) {
+  if (!options.verbose) {
+    quietAllKeysLog();
+  }
+  for (const Value& each : *facade.readSensorsOfType(std::nullopt, readings.onMains)->elements()) {
+    readings.all.push_back({each.dictionary(), categoryOf(facade, each.dictionary())});
+  }
+  readings.onMains = false;  // that reading never applies limits that hold on mains only
+}
+
+Readings takeReadings(QXHalvarin& facade, const Options& options) {
+  Readings readings;
+  readings.heading = machineHeading(options, facade.machineModel());
+  readings.onMains = readings.heading.powerSource.find("AC") != std::string::npos;
+  if (options.allKeys) {
+    readAllKeys(facade, options, readings);
+    return readings;
+  }
+  for (const std::string_view category : kCategoryOrder) {
+    if (!options.category || *options.category == category) {
+      appendAll(facade.readSensorsOfType(category, readings.onMains), std::string(category),
+                readings.all);
+    }
+  }
+  return readings;
+}
+
+void printReadingsJson(const Readings& readings) {
+  Json sensors = Json::array();
+  for (const auto& [record, category] : readings.all) {
+    Json json = toJson(record);
+    if (!category.empty()) {
+      json["category"] = category;
+    }
+    sensors.push_back(std::move(json));
+  }
+  printJson({{"machine", toJson(readings.heading)}, {"sensors", std::move(sensors)}});
+}
+
+std::string shown(const Dictionary& record, std::string_view entry) {
+  return printable(record.get(entry).text().view());
+}
+
+std::vector<Cell> rowOf(const Dictionary& record, bool onMains) {
+  const bool wasRead = record.get(record::kError).intValue() == 0;
+  const std::string unit = wasRead ? shown(record, record::kUnit) : "";
+  return {{shown(record, record::kKey)},     {shown(record, record::kDescription)},
+          {shown(record, record::kValue)},   {unit},
+          {limitsOf(record)},                verdictOf(record, onMains)};
+}
+
+Table sensorTable() {
+  return Table({{"Key"},
+                {"Description"},
+                {"Value", Align::right},
+                {"Unit"},
+                {"Limits"},
+                {"Verdict"}});
+}
+
+void printSummary(const Readings& readings) {
+  std::size_t outside = 0;
+  for (const Reading& each : readings.all) {
+    outside += isOutside(*each.record) ? std::size_t{1} : 0;
+  }
+  std::cout << "\n"
+            << readings.all.size() << (readings.all.size() == 1 ? " sensor, " : " sensors, ")
+            << (outside == 0 ? "none" : std::to_string(outside)) << " outside "
+            << (outside == 1 ? "its" : "their") << " limits\n";
+}
+
+void printReadingsTables(const Readings& readings, bool allKeys) {
+  std::cout << printable(headingLine(readings.heading)) << "\n";
+  for (std::size_t begin = 0; begin < readings.all.size();) {
+    Table table = sensorTable();
+    std::size_t end = begin;
+    for (; end < readings.all.size() &&
+           (allKeys || readings.all[end].category == readings.all[begin].category);
+         ++end) {
+      table.addRow(rowOf(*readings.all[end].record, readings.onMains));
+    }
+    std::cout << "\n" << (allKeys ? "all keys" : readings.all[begin].category) << "\n";
+    table.print(std::cout, mayColour());
+    begin = end;
+  }
+  printSummary(readings);
+}
+
+}  // namespace
+
+Exit runSensors(const Options& options) {
+  const std::shared_ptr<QXHalvarin> facade = openFacade(options);
+  const Readings readings = takeReadings(*facade, options);
+  if (options.json) {
+    printReadingsJson(readings);
+  } else {
+    printReadingsTables(readings, options.allKeys);
+  }
+  return Exit::fine;
+}
+
+}  // namespace halvarin::host

@@ -1,0 +1,44 @@
+#include <exception>
+#include <iostream>
+
+#include "host/Exit.h"
+#include "host/KeysCommand.h"
+#include "host/ModelsCommand.h"
+#include "host/Options.h"
+#include "host/SensorsCommand.h"
+
+namespace {
+
+using halvarin::host::Command;
+using halvarin::host::Exit;
+using halvarin::host::Options;
+
+Exit run(const Options& options) {
+  switch (options.command) {
+    case Command::sensors:
+      return halvarin::host::runSensors(options);
+    case Command::keys:
+      return halvarin::host::runKeys(options);
+    case Command::models:
+      return halvarin::host::runModels(options);
+  }
+  return Exit::usage;
+}
+
+Exit runReported(int argumentCount, const char* const* arguments) {
+  try {
+    const auto options = halvarin::host::parseOptions(argumentCount, arguments);
+    return options ? run(*options) : Exit::fine;
+  } catch (const halvarin::host::ExitError& error) {
+    std::cerr << "halvarin: " << error.what() << "\n";
+    return error.exit();
+  }
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  const Exit exit = runReported(argumentCount, arguments);
+  std::cout.flush();
+  return static_cast<int>(exit);
+}

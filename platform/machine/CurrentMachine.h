@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "base/Export.h"
+#include "platform/machine/Machine.h"
+
+namespace halvarin::platform {
+
+/// Chooses the machine that answers the platform's calls in this process, before the first use of
+/// a shared instance. Null chooses the computer itself again. Any thread.
+HALVARIN_EXPORT void setMachine(std::shared_ptr<Machine> machine);
+
+/// The chosen machine; without a choice the computer itself. Never null.
+[[nodiscard]] HALVARIN_EXPORT std::shared_ptr<Machine> currentMachine();
+
+/// How often the process has taken and given back what the platform counts. A balanced user closes
+/// what it opens and releases what it finds.
+struct HandleCounts {
+  std::uint64_t servicesFound = 0;
+  std::uint64_t servicesReleased = 0;
+  std::uint64_t connectionsOpened = 0;
+  std::uint64_t connectionsClosed = 0;
+  std::uint64_t matchingsMade = 0;
+  std::uint64_t matchingsTaken = 0;
+};
+[[nodiscard]] HALVARIN_EXPORT HandleCounts handleCounts();
+
+}  // namespace halvarin::platform

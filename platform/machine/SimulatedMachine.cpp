@@ -1,0 +1,163 @@
+#include "platform/machine/SimulatedMachine.h"
+
+#include <IOKit/IOKitLib.h>
+
+#include <algorithm>
+#include <bit>
+#include <utility>
+
+#include "platform/machine/Journal.h"
+#include "platform/machine/ReadingCodec.h"
+#include "platform/machine/ReadingMotion.h"
+
+namespace halvarin::platform {
+
+namespace {
+
+Simulation withClock(Simulation simulation) {
+  if (!simulation.clock) {
+    simulation.clock = std::make_shared<ScaledClock>();
+  }
+  return simulation;
+}
+
+}  // namespace
+
+SimulatedMachine::SimulatedMachine(RecordedMachine machine, Simulation simulation)
+    : model_(std::move(machine.model)),
+      processor_(std::move(machine.processor)),
+      logicalProcessors_(machine.logicalProcessors),
+      powerSource_(std::move(machine.powerSource)),
+      simulation_(withClock(std::move(simulation))),
+      start_(simulation_.clock->now()),
+      keys_(std::move(machine.keys)) {}
+
+bool SimulatedMachine::setReading(std::string_view key, double number) {
+  const MutexLock lock(mutex_);
+  RecordedKey* recorded = keys_.find(fourBytes(key));
+  if (recorded == nullptr || key.size() != recorded->code.size()) {
+    return false;
+  }
+  auto bytes = encodeReading(recorded->type, recorded->sizeBytes, number);
+  if (!bytes) {
+    return false;
+  }
+  recorded->bytes = std::move(*bytes);
+  recorded->result = kResultOk;
+  recorded->status = 0;
+  fixed_.insert(std::bit_cast<std::uint32_t>(recorded->code));
+  return true;
+}
+
+std::uint64_t SimulatedMachine::transferCount() {
+  const MutexLock lock(mutex_);
+  return transfers_;
+}
+
+bool SimulatedMachine::hasService(std::string_view serviceClass) {
+  const MutexLock lock(mutex_);
+  return serviceClass == "AppleSMC" && !isGone();
+}
+
+MachineStatus SimulatedMachine::open(std::uint32_t type, std::uint32_t& connection) {
+  const MutexLock lock(mutex_);
+  const MachineStatus status = isGone() ? kIOReturnNoDevice : KERN_SUCCESS;
+  if (status == KERN_SUCCESS) {
+    connection = ++lastConnection_;
+    connections_.insert(connection);
+  }
+  note(journalOpen(type, connection, status));
+  return status;
+}
+
+MachineStatus SimulatedMachine::call(std::uint32_t connection, std::uint32_t selector,
+                                     std::span<const std::uint8_t> request,
+                                     std::span<std::uint8_t> reply, std::size_t& replySize) {
+  if (selector != kCallSelector) {
+    return kIOReturnUnsupported;
+  }
+  if (request.size() != kCallBytes || reply.size() < kCallBytes) {
+    return kIOReturnBadArgument;
+  }
+  if (simulation_.latency > Clock::Duration::zero()) {
+    simulation_.clock->sleepFor(simulation_.latency);
+  }
+  const ControllerRequest decoded = decodeRequest(request.first<kCallBytes>());
+  const MutexLock lock(mutex_);
+  ++transfers_;
+  ControllerReply answered;
+  const MachineStatus status =
+      connections_.count(connection) == 0 ? MACH_SEND_INVALID_DEST : faultFor(decoded);
+  if (status == KERN_SUCCESS) {
+    answered = answer(decoded);
+    encodeReply(answered, reply.first<kCallBytes>());
+    replySize = kCallBytes;
+  }
+  if (simulation_.journal) {
+    note(journalCall(connection, decoded, answered, status));
+  }
+  return status;
+}
+
+MachineStatus SimulatedMachine::close(std::uint32_t connection) {
+  const MutexLock lock(mutex_);
+  const MachineStatus status =
+      connections_.erase(connection) > 0 ? KERN_SUCCESS : MACH_SEND_INVALID_DEST;
+  note(journalClose(connection, status));
+  return status;
+}
+
+Value SimulatedMachine::setting(std::string_view name) {
+  if (name == "hw.model") {
+    return model_;
+  }
+  if (name == "machdep.cpu.brand_string") {
+    return processor_;
+  }
+  return name == "hw.logicalcpu" ? Value(logicalProcessors_) : Value();
+}
+
+std::string SimulatedMachine::powerSource() { return powerSource_; }
+
+bool SimulatedMachine::isGone() const {
+  return simulation_.vanishAfter && transfers_ >= *simulation_.vanishAfter;
+}
+
+MachineStatus SimulatedMachine::faultFor(const ControllerRequest& request) {
+  if (simulation_.vanishAfter && transfers_ > *simulation_.vanishAfter) {
+    return kIOReturnNoDevice;
+  }
+  for (const TransferFault& fault : simulation_.faults) {
+    const bool fits = (!fault.key || *fault.key == request.key) &&
+                      (!fault.command || *fault.command == request.command) &&
+                      transfers_ >= fault.firstCall && transfers_ <= fault.lastCall;
+    if (fits) {
+      return fault.status;
+    }
+  }
+  // Keys that the platform itself could not transfer when the machine was recorded.
+  const RecordedKey* key =
+      request.command == static_cast<std::uint8_t>(Command::read) ? keys_.find(request.key)
+                                                                  : nullptr;
+  return key != nullptr ? key->status : KERN_SUCCESS;
+}
+
+ControllerReply SimulatedMachine::answer(const ControllerRequest& request) {
+  ControllerReply reply = keys_.answer(request);
+  const bool isReading = request.command == static_cast<std::uint8_t>(Command::read);
+  if (simulation_.readingsMove && isReading && reply.result == kResultOk &&
+      fixed_.count(std::bit_cast<std::uint32_t>(request.key)) == 0) {
+    const RecordedKey* key = keys_.find(request.key);
+    const auto moved = movedReading(*key, simulation_.clock->now() - start_);
+    std::copy_n(moved.begin(), std::min(moved.size(), reply.bytes.size()), reply.bytes.begin());
+  }
+  return reply;
+}
+
+void SimulatedMachine::note(std::string_view line) {
+  if (simulation_.journal) {
+    simulation_.journal(line);
+  }
+}
+
+}  // namespace halvarin::platform

@@ -1,0 +1,101 @@
+#include "sensors/QXHalvarin.h"
+
+#include <sys/sysctl.h>
+
+#include <array>
+#include <utility>
+
+#include "base/Text.h"
+#include "database/QXEDManager.h"
+#include "database/SensorDatabase.h"
+#include "platform/OwnImage.h"
+#include "platform/PropertyList.h"
+#include "sensors/CategoryReader.h"
+#include "sensors/SensorCategories.h"
+#include "sensors/ValueDecoder.h"
+
+namespace halvarin {
+
+namespace {
+
+// 24 characters and the terminating zero: what a model text may take.
+constexpr std::size_t kModelBytes = 25;
+
+/// The deciphered database; null when the section is missing or holds none.
+DictionaryRef loadDatabase() {
+  const Data section = platform::ownImageSection("__TEXT", "__sensors_plist");
+  const auto payload = QXEDManager().dataFromSerializedData(section);
+  return payload ? platform::parsePropertyList(*payload).dictionary() : nullptr;
+}
+
+DictionaryRef sensorTableOf(const DictionaryRef& database, std::string_view model) {
+  const DictionaryRef entry = database ? database->get(model).dictionary() : nullptr;
+  return entry ? entry->get(database::kSensors).dictionary() : nullptr;
+}
+
+}  // namespace
+
+std::shared_ptr<QXHalvarin> QXHalvarin::sharedHalvarin() {
+  static const auto* const shared = new std::shared_ptr<QXHalvarin>(init());
+  return *shared;
+}
+
+std::shared_ptr<QXHalvarin> QXHalvarin::init() {
+  const std::shared_ptr<QXHalvarin> facade(new QXHalvarin);
+  facade->setMainSensorDict(loadDatabase());
+  if (!facade->mainSensorDict()) {
+    return nullptr;
+  }
+  facade->smc_ = QXSMCInterface::sharedSMC();
+  facade->initializeSensorKeys();
+  return facade;
+}
+
+void QXHalvarin::initializeSensorKeys() {
+  setMachineModel(readMachineModel());
+  setSensorDict(sensorTableOf(mainSensorDict(), machineModel()));
+  setSmcKeys(smc_ ? smc_->listKeysWithData() : Array::make());
+  auto categories = Dictionary::make();
+  for (const SensorCategory& category : kSensorCategories) {
+    categories->set(category.name, getSMCKeysLike(category.pattern, category.describedOnly));
+  }
+  setSensorKeys(std::move(categories));
+}
+
+ArrayRef QXHalvarin::getSMCKeysLike(std::string_view pattern, bool withDescription) {
+  return describeMatching(*smcKeys(), sensorDict(), pattern, withDescription);
+}
+
+ArrayRef QXHalvarin::readSensorsOfType(std::optional<std::string_view> type, bool ACpwr) {
+  const ArrayRef records = type ? sensorKeys()->get(*type).array()
+                                : Array::make(*smcKeys()->elements());
+  if (!records) {
+    return nullptr;
+  }
+  const auto readKey = [this](std::string_view key) {
+    return smc_ ? smc_->SMCReadKey(key) : nullptr;
+  };
+  readCategory(*records, readKey, {.onMains = type && ACpwr, .logUi32 = !type});
+  return records;
+}
+
+std::string QXHalvarin::readMachineModel() const {
+  std::array<char, kModelBytes> buffer{};
+  std::size_t length = buffer.size();
+  if (sysctlbyname("hw.model", buffer.data(), &length, nullptr, 0) != 0) {
+    return "";
+  }
+  const std::string_view all(buffer.data(), buffer.size());
+  const std::string_view text = all.substr(0, all.find('\0'));
+  return utf16(text) ? std::string(trimmed(text)) : "";
+}
+
+std::int32_t QXHalvarin::numberLogicalCPUs() const {
+  std::int32_t count = 0;
+  std::size_t length = sizeof count;
+  return sysctlbyname("hw.logicalcpu", &count, &length, nullptr, 0) == 0 ? count : 0;
+}
+
+int QXHalvarin::valueHex(signed char character) const { return halvarin::valueHex(character); }
+
+}  // namespace halvarin
