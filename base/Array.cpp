@@ -4,19 +4,24 @@
 
 namespace halvarin {
 
-std::shared_ptr<const Array::Elements> Array::elements() const {
+ArrayRef Array::copy() const {
+  const ArrayElements all = elements();
+  return make({all.begin(), all.end()});
+}
+
+ArrayElements Array::elements() const {
   const MutexLock lock(mutex_);
-  return elements_;
+  return ArrayElements(elements_);
 }
 
 Value Array::at(std::size_t place) const {
-  const auto all = elements();
-  return place < all->size() ? (*all)[place] : Value();
+  const ArrayElements all = elements();
+  return place < all.size() ? all[place] : Value();
 }
 
 void Array::append(Value value) {
   const MutexLock lock(mutex_);
-  auto longer = std::make_shared<Elements>(*elements_);
+  auto longer = std::make_shared<std::vector<Value>>(*elements_);
   longer->push_back(std::move(value));
   elements_ = std::move(longer);
 }

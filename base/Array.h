@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "base/Export.h"
@@ -10,23 +11,39 @@
 
 namespace halvarin {
 
-/// A mutable array of values, shared by reference. Walk `elements()`: it is the array of one moment
-/// and stays as it is while others change the array. Any thread.
+/// The elements that an array had at one moment. Keeps them alive by itself, so that a loop may run
+/// over the result of a call: `for (const Value& each : array->elements())`.
+class HALVARIN_EXPORT ArrayElements {
+ public:
+  explicit ArrayElements(std::shared_ptr<const std::vector<Value>> elements)
+      : elements_(std::move(elements)) {}
+
+  [[nodiscard]] auto begin() const { return elements_->begin(); }
+  [[nodiscard]] auto end() const { return elements_->end(); }
+  [[nodiscard]] std::size_t size() const { return elements_->size(); }
+  [[nodiscard]] const Value& operator[](std::size_t place) const { return (*elements_)[place]; }
+
+ private:
+  std::shared_ptr<const std::vector<Value>> elements_;
+};
+
+/// A mutable array of values, shared by reference. Any thread.
 class HALVARIN_EXPORT Array {
  public:
-  using Elements = std::vector<Value>;
-
-  explicit Array(Elements elements = {})
-      : elements_(std::make_shared<const Elements>(std::move(elements))) {}
+  explicit Array(std::vector<Value> elements = {})
+      : elements_(std::make_shared<const std::vector<Value>>(std::move(elements))) {}
   Array(const Array&) = delete;
   Array& operator=(const Array&) = delete;
 
-  [[nodiscard]] static ArrayRef make(Elements elements = {}) {
+  [[nodiscard]] static ArrayRef make(std::vector<Value> elements = {}) {
     return std::make_shared<Array>(std::move(elements));
   }
+  /// A new array of the same elements.
+  [[nodiscard]] ArrayRef copy() const;
 
-  [[nodiscard]] std::shared_ptr<const Elements> elements() const;
-  [[nodiscard]] std::size_t count() const { return elements()->size(); }
+  /// The elements of this moment; they stay as they are while others change the array.
+  [[nodiscard]] ArrayElements elements() const;
+  [[nodiscard]] std::size_t count() const { return elements().size(); }
   /// The element at a place; nothing beyond the end.
   [[nodiscard]] Value at(std::size_t place) const;
 
@@ -35,7 +52,7 @@ class HALVARIN_EXPORT Array {
 
  private:
   mutable Mutex mutex_;
-  std::shared_ptr<const Elements> elements_ HALVARIN_GUARDED_BY(mutex_);
+  std::shared_ptr<const std::vector<Value>> elements_ HALVARIN_GUARDED_BY(mutex_);
 };
 
 }  // namespace halvarin

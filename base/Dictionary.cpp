@@ -12,7 +12,10 @@ constexpr std::size_t kMostWalked = 20;
 
 }  // namespace
 
-Dictionary::Dictionary(Entries entries) : entries_(std::move(entries)) { indexFrom(0); }
+Dictionary::Dictionary(Entries entries) {
+  const MutexLock lock(mutex_);
+  storeAll(std::move(entries));
+}
 
 DictionaryRef Dictionary::makeDeferred(std::function<Entries()> fill) {
   auto dictionary = make();
@@ -71,16 +74,21 @@ void Dictionary::addEntriesFrom(const Dictionary& other) {
   Entries taken = other.entries();
   const MutexLock lock(mutex_);
   fillNow();
-  for (auto& [name, value] : taken) {
-    store(name.view(), std::move(value));
-  }
+  storeAll(std::move(taken));
 }
 
 void Dictionary::fillNow() const {
   if (fill_) {
-    entries_ = fill_();
+    Entries entries = fill_();
     fill_ = nullptr;
-    indexFrom(0);
+    storeAll(std::move(entries));
+  }
+}
+
+void Dictionary::storeAll(Entries&& entries) const {
+  entries_.reserve(entries.size());
+  for (auto& [name, value] : entries) {
+    store(name.view(), std::move(value));
   }
 }
 
@@ -94,7 +102,7 @@ std::size_t Dictionary::find(std::string_view name) const {
   return static_cast<std::size_t>(std::distance(entries_.begin(), found));
 }
 
-void Dictionary::store(std::string_view name, Value value) {
+void Dictionary::store(std::string_view name, Value value) const {
   const std::size_t place = find(name);
   if (value.isNothing()) {
     erase(place);
@@ -106,7 +114,7 @@ void Dictionary::store(std::string_view name, Value value) {
   }
 }
 
-void Dictionary::erase(std::size_t place) {
+void Dictionary::erase(std::size_t place) const {
   if (place < entries_.size()) {
     entries_.erase(std::next(entries_.begin(), static_cast<std::ptrdiff_t>(place)));
     places_.clear();

@@ -26,6 +26,7 @@ class HALVARIN_EXPORT Dictionary {
   using Update = std::pair<std::string_view, Value>;
 
   Dictionary() = default;
+  /// Where a name occurs twice, its last value counts.
   explicit Dictionary(Entries entries);
   Dictionary(const Dictionary&) = delete;
   Dictionary& operator=(const Dictionary&) = delete;
@@ -65,8 +66,9 @@ class HALVARIN_EXPORT Dictionary {
   void moveEach(std::span<Update> updates);
   void fillNow() const HALVARIN_REQUIRES(mutex_);
   [[nodiscard]] std::size_t find(std::string_view name) const HALVARIN_REQUIRES(mutex_);
-  void store(std::string_view name, Value value) HALVARIN_REQUIRES(mutex_);
-  void erase(std::size_t place) HALVARIN_REQUIRES(mutex_);
+  void storeAll(Entries&& entries) const HALVARIN_REQUIRES(mutex_);
+  void store(std::string_view name, Value value) const HALVARIN_REQUIRES(mutex_);
+  void erase(std::size_t place) const HALVARIN_REQUIRES(mutex_);
   void indexFrom(std::size_t place) const HALVARIN_REQUIRES(mutex_);
 
   mutable Mutex mutex_;

@@ -32,8 +32,8 @@ class HALVARIN_EXPORT NotificationCenter {
   /// Registers an observer for a name, from one sender or (null) from any. The token is never 0.
   [[nodiscard]] Token addObserver(std::string_view name, const void* sender, Observer observer);
 
-  /// Removes a registration; an unknown token changes nothing. A delivery that already runs on
-  /// another thread may still reach the observer.
+  /// Removes a registration; an unknown token changes nothing. A delivery that has already begun to
+  /// call the observer on another thread still completes.
   void removeObserver(Token token);
 
   void post(const Notification& notification);
@@ -45,6 +45,9 @@ class HALVARIN_EXPORT NotificationCenter {
     const void* sender;
     Observer observer;
   };
+
+  /// The observer of a registration that still stands; empty for one that was removed.
+  [[nodiscard]] Observer observerOf(Token token);
 
   Mutex mutex_;
   std::vector<Registration> registrations_ HALVARIN_GUARDED_BY(mutex_);

@@ -1,5 +1,6 @@
 #include "base/NumberText.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -15,7 +16,9 @@ namespace {
 
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 std::string_view withoutLeadingSpace(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(kWhiteSpace);
@@ -37,8 +40,7 @@ constexpr std::size_t kMostMantissaDigits = 19;  // 10^19 - 1 fits in 64 bits
 void takeDigits(std::string_view text, bool fraction, DecimalParts& parts) {
   while (parts.length < text.size() && isDigit(text[parts.length])) {
     if (parts.digits < kMostMantissaDigits) {
-      parts.mantissa =
-          parts.mantissa * 10 + static_cast<std::uint64_t>(text[parts.length] - '0');
+      parts.mantissa = parts.mantissa * 10 + static_cast<std::uint64_t>(text[parts.length] - '0');
       parts.exponent -= fraction ? 1 : 0;
     } else {
       parts.exact = false;
@@ -86,9 +88,9 @@ DecimalParts takeDecimal(std::string_view text) {
 }
 
 // 10^0 to 10^22 are exact in double precision, so one operation on an exact mantissa rounds once.
-constexpr std::array<double, 23> kExactPowersOfTen{
-    1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-    1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr std::array<double, 23> kExactPowersOfTen{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 constexpr std::uint64_t kLargestExactMantissa = std::uint64_t{1} << 53U;
 
 bool fastPathHolds(const DecimalParts& parts) {
@@ -188,7 +190,16 @@ bool truthReading(std::string_view text) {
          std::string_view("YyTt123456789").find(text[first]) != std::string_view::npos;
 }
 
+std::optional<std::uint64_t> wholeNumber(std::string_view text, int base) {
+  std::uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const std::from_chars_result result = std::from_chars(text.data(), end, number, base);
+  const bool whole = result.ec == std::errc() && result.ptr == end;
+  return whole ? std::optional(number) : std::nullopt;
+}
+
 std::string fixedText(double value, int digits) {
+  digits = std::clamp(digits, 0, 9);
   if (std::isnan(value)) {
     return "nan";
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -23,6 +24,11 @@ namespace halvarin {
 /// True for a text that begins with Y, y, T, t or a digit 1 to 9, after white space, one sign and
 /// zeros.
 [[nodiscard]] HALVARIN_EXPORT bool truthReading(std::string_view text);
+
+/// The number that a text of digits of this base (10 or 16) and nothing else stands for; absent for
+/// any other text and for numbers above 64 bits. No sign, no prefix, no blanks.
+[[nodiscard]] HALVARIN_EXPORT std::optional<std::uint64_t> wholeNumber(std::string_view text,
+                                                                       int base = 10);
 
 // Numbers to texts, the same in every locale.
 

@@ -99,7 +99,9 @@ double Value::doubleValue() const {
   return isText() ? decimalReading(textView()) : static_cast<double>(longLongValue());
 }
 
-float Value::floatValue() const { return static_cast<float>(doubleValue()); }
+float Value::floatValue() const {
+  return static_cast<float>(doubleValue());
+}
 
 bool Value::boolValue() const {
   if (const auto* number = std::get_if<double>(&held_)) {

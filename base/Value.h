@@ -23,7 +23,8 @@ using DictionaryRef = std::shared_ptr<Dictionary>;
 /// to a shared array or dictionary. A copy of an array or dictionary value names the same object.
 ///
 /// The number readings follow Foundation: a text gives its leading number and holds at the ends of
-/// the range, a number is truncated, everything else is 0. They never fail.
+/// the range, a number is truncated (a real is held at the ends of 64 bits, not-a-number is 0),
+/// everything else is 0. They never fail.
 class HALVARIN_EXPORT Value {
  public:
   Value() = default;
@@ -36,6 +37,7 @@ class HALVARIN_EXPORT Value {
   Value(const char* text) : held_(Text(text)) {}
   Value(std::string_view text) : held_(Text(text)) {}
   Value(const std::string& text) : held_(Text(text)) {}
+  Value(const void* pointer) = delete;  // or every pointer would be a truth value
   Value(Data data) : held_(std::move(data)) {}
   Value(ArrayRef array);
   Value(DictionaryRef dictionary);

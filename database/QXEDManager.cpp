@@ -60,7 +60,9 @@ bool writeFile(const std::string& path, const Data& bytes) {
 
 }  // namespace
 
-QXEDManager::KeyRef QXEDManager::localSK() const { return skFromData(Data(kLocalKeyBytes)); }
+QXEDManager::KeyRef QXEDManager::localSK() const {
+  return skFromData(Data(kLocalKeyBytes));
+}
 
 QXEDManager::KeyRef QXEDManager::skFromData(const Data& data) const {
   std::string error;
@@ -135,7 +137,9 @@ std::optional<Data> QXEDManager::dataFromSerializedFile(const std::string& path)
   return payload;
 }
 
-Data QXEDManager::saltBlockData() const { return Data(kSaltBlock); }
+Data QXEDManager::saltBlockData() const {
+  return Data(kSaltBlock);
+}
 
 Data QXEDManager::secKeyDataFromSaltBlockData(const Data& saltBlock) const {
   return pick(saltBlock, kSaltBlockSecKeyIndices);

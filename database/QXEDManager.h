@@ -11,9 +11,9 @@
 namespace halvarin {
 
 /// Enciphers and deciphers the container in which the sensor database travels: AES-128-CBC under a
-/// fixed key around a salt block of 1063 bytes and a second layer whose key is picked from that salt.
-/// Without state; any thread. Failures are absent results and, where a platform step failed, one
-/// line in the system log; nothing throws or is retried.
+/// fixed key around a salt block of 1063 bytes and a second layer whose key is picked from that
+/// salt. Without state; any thread. Failures are absent results and, where a platform step failed,
+/// one line in the system log; nothing throws or is retried.
 class HALVARIN_EXPORT QXEDManager {
  public:
   using KeyRef = platform::CipherKeyRef;

@@ -1,7 +1,7 @@
 #include "database/SaltTables.h"
 
-// Any bytes and any positions serve, as long as writer and reader use the same ones: they were drawn
-// at random once and stay, because containers outlive the program that wrote them.
+// Any bytes and any positions serve, as long as writer and reader use the same ones: they were
+// drawn at random once and stay, because containers outlive the program that wrote them.
 
 namespace halvarin {
 
@@ -13,13 +13,11 @@ const std::int64_t kSaltBlockSecKeyIndicesLength = 16;
 const std::int64_t kSBSKIndicesLength = 16;
 
 const std::uint64_t kSaltBlockSecKeyIndices[16] = {
-    125, 166, 1020, 196, 902, 33, 258, 539,
-    1021, 489, 860, 108, 270, 881, 556, 331,
+    125, 166, 1020, 196, 902, 33, 258, 539, 1021, 489, 860, 108, 270, 881, 556, 331,
 };
 
 const std::uint64_t kSBSKIndices[16] = {
-    125, 166, 1020, 196, 902, 33, 258, 539,
-    1021, 489, 860, 108, 270, 881, 556, 331,
+    125, 166, 1020, 196, 902, 33, 258, 539, 1021, 489, 860, 108, 270, 881, 556, 331,
 };
 
 // clang-format off
@@ -97,8 +95,7 @@ const std::uint8_t kSaltBlock[1063] = {
 }  // extern "C"
 
 const std::array<std::uint8_t, 16> kLocalKeyBytes{
-    0xEC, 0x5A, 0x8F, 0x4D, 0x4E, 0x34, 0x23, 0xCB,
-    0x9E, 0xD2, 0x8E, 0x90, 0x5D, 0xD3, 0x78, 0x18,
+    0xEC, 0x5A, 0x8F, 0x4D, 0x4E, 0x34, 0x23, 0xCB, 0x9E, 0xD2, 0x8E, 0x90, 0x5D, 0xD3, 0x78, 0x18,
 };
 
 }  // namespace halvarin

@@ -12,7 +12,8 @@ namespace halvarin {
 
 extern "C" {
 
-/// What the writer puts at the head of every container. A reader takes the block from the container.
+/// What the writer puts at the head of every container. A reader takes the block from the
+/// container.
 HALVARIN_EXPORT extern const std::uint8_t kSaltBlock[1063];
 HALVARIN_EXPORT extern const std::int64_t kSaltBlockLength;
 

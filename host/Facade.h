@@ -7,8 +7,8 @@
 
 namespace halvarin::host {
 
-/// Chooses the machine and starts the library on it. Throws ExitError when there is no controller or
-/// no sensor database. Says on standard error when the database does not know the model.
+/// Chooses the machine and starts the library on it. Throws ExitError when there is no controller
+/// or no sensor database. Says on standard error when the database does not know the model.
 [[nodiscard]] std::shared_ptr<QXHalvarin> openFacade(const Options& options);
 
 }  // namespace halvarin::host

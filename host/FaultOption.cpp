@@ -1,6 +1,6 @@
 #include "host/FaultOption.h"
 
-#include <charconv>
+#include <limits>
 #include <string_view>
 
 #include "base/NumberText.h"
@@ -17,14 +17,6 @@ constexpr std::size_t kKeyCharacters = 4;
                                    "; it takes KEY=VALUE, KEY=error:STATUS or vanish:N");
 }
 
-template <typename Number>
-std::optional<Number> wholeNumber(std::string_view text, int base) {
-  Number number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [rest, error] = std::from_chars(text.data(), end, number, base);
-  return error == std::errc() && rest == end ? std::optional(number) : std::nullopt;
-}
-
 bool looksLikeNumber(std::string_view text) {
   if (text == "nan" || text == "inf" || text == "-inf") {
     return true;
@@ -39,15 +31,15 @@ StatusFault statusFault(const std::string& text, const std::string& key, std::st
   if (status.substr(0, 2) == "0x" || status.substr(0, 2) == "0X") {
     status.remove_prefix(2);
   }
-  const auto number = wholeNumber<std::uint32_t>(status, 16);
-  if (!number || *number == 0) {
+  const auto number = wholeNumber(status, 16);
+  if (!number || *number == 0 || *number > std::numeric_limits<std::uint32_t>::max()) {
     refuse(text, "\"" + std::string(status) + "\" is no hexadecimal status");
   }
-  return {key, static_cast<std::int32_t>(*number)};
+  return {key, static_cast<std::int32_t>(static_cast<std::uint32_t>(*number))};
 }
 
 VanishFault vanishFault(const std::string& text, std::string_view transfers) {
-  const auto number = wholeNumber<std::uint64_t>(transfers, 10);
+  const auto number = wholeNumber(transfers);
   if (!number) {
     refuse(text, "\"" + std::string(transfers) + "\" is no number of transfers");
   }

@@ -97,7 +97,7 @@ Exit runKeys(const Options& options) {
   }
   std::vector<DictionaryRef> records;
   const ArrayRef all = smc->listKeysWithData();
-  for (const Value& each : *all->elements()) {
+  for (const Value& each : all->elements()) {
     if (fits(*each.dictionary(), options)) {
       records.push_back(each.dictionary());
     }

@@ -32,8 +32,9 @@ platform::RecordedMachine recordedMachine(const MachineOption& option) {
   auto machine = std::get<platform::RecordedMachine>(std::move(read));
   if (machine.model.size() > kMostModelCharacters) {
     std::cerr << "halvarin: the model \"" << machine.model << "\" has more than "
-              << kMostModelCharacters << " characters and reads as none; add a line \"Model: ...\" to "
-              << option.path << "\n";
+              << kMostModelCharacters
+              << " characters and reads as none; add a line \"Model: ...\" to " << option.path
+              << "\n";
   }
   return machine;
 }
@@ -44,8 +45,8 @@ std::function<void(std::string_view)> journalTo(const std::string& path) {
   }
   auto file = std::make_shared<std::ofstream>(path, std::ios::trunc);
   if (!*file) {
-    throw ExitError(Exit::usage, "the journal " + path + " cannot be written: " +
-                                     std::strerror(errno));
+    throw ExitError(Exit::usage,
+                    "the journal " + path + " cannot be written: " + std::strerror(errno));
   }
   return [file](std::string_view line) { *file << line << std::endl; };
 }
@@ -130,9 +131,10 @@ std::string headingLine(const MachineHeading& heading) {
 
 void refuseWithoutController(const Options& options) {
   if (options.machine.kind == MachineOption::Kind::thisComputer) {
-    throw ExitError(Exit::noMachine,
-                    "this computer has no System Management Controller that can be used; "
-                    "--machine simulated shows a simulated one, --machine file:PATH a recorded one");
+    throw ExitError(
+        Exit::noMachine,
+        "this computer has no System Management Controller that can be used; "
+        "--machine simulated shows a simulated one, --machine file:PATH a recorded one");
   }
   throw ExitError(Exit::noMachine, "the machine's controller has gone away");
 }

@@ -84,8 +84,7 @@ platform::RecordedKey recordKey(const Controller& controller, std::uint32_t wire
 }
 
 std::uint32_t keyCount(const Controller& controller) {
-  const platform::RecordedKey key =
-      recordKey(controller, swappedCode(recordInteger("#KEY")));
+  const platform::RecordedKey key = recordKey(controller, swappedCode(recordInteger("#KEY")));
   std::uint32_t count = 0;
   for (const std::uint8_t byte : key.bytes) {
     count = (count << 8U) | byte;

@@ -17,9 +17,9 @@ namespace halvarin::host {
 
 namespace {
 
-constexpr std::array<std::string_view, 9> kCategories{
-    "temperature", "voltage", "current",     "power", "light",
-    "motion",      "magnetic", "calibration", "fans"};
+constexpr std::array<std::string_view, 9> kCategories{"temperature", "voltage",     "current",
+                                                      "power",       "light",       "motion",
+                                                      "magnetic",    "calibration", "fans"};
 
 /// The texts of the command line, before they are understood.
 struct RawOptions {
@@ -31,7 +31,9 @@ struct RawOptions {
   std::string keyPattern;
 };
 
-[[noreturn]] void refuse(const std::string& line) { throw ExitError(Exit::usage, line); }
+[[noreturn]] void refuse(const std::string& line) {
+  throw ExitError(Exit::usage, line);
+}
 
 std::string listed(const auto& words) {
   std::string text;
@@ -141,7 +143,8 @@ Options understood(Options options, const RawOptions& raw) {
 void addGlobalOptions(CLI::App& app, Options& options, RawOptions& raw) {
   app.add_option("--machine", raw.machine,
                  "this (default), simulated[:MODEL] or file:PATH (a recorded machine)");
-  app.add_option("--latency", raw.latency, "simulated machines: time a transfer takes, as in 100us");
+  app.add_option("--latency", raw.latency,
+                 "simulated machines: time a transfer takes, as in 100us");
   app.add_option("--clock", raw.clockFactor,
                  "simulated machines: how much faster time runs; 0 stops it");
   app.add_option("--fault", raw.faults,

@@ -27,7 +27,7 @@ Json toJson(const Value& value) {
   }
   if (const ArrayRef array = value.array()) {
     Json list = Json::array();
-    for (const Value& element : *array->elements()) {
+    for (const Value& element : array->elements()) {
       list.push_back(toJson(element));
     }
     return list;

@@ -32,19 +32,19 @@ struct Readings {
   std::vector<Reading> all;
 };
 
-constexpr std::string_view kCategoryOrder[] = {"temperature", "voltage",  "current",
-                                               "power",       "light",    "motion",
+constexpr std::string_view kCategoryOrder[] = {"temperature", "voltage",     "current",
+                                               "power",       "light",       "motion",
                                                "magnetic",    "calibration", "fans"};
 
 void appendAll(const ArrayRef& records, const std::string& category, std::vector<Reading>& all) {
-  for (const Value& each : *records->elements()) {
+  for (const Value& each : records->elements()) {
     all.push_back({each.dictionary(), category});
   }
 }
 
 std::string categoryOf(const QXHalvarin& facade, const DictionaryRef& record) {
   for (const std::string_view category : kCategoryOrder) {
-    for (const Value& each : *facade.sensorKeys()->get(category).array()->elements()) {
+    for (const Value& each : facade.sensorKeys()->get(category).array()->elements()) {
       if (each.dictionary() == record) {
         return std::string(category);
       }
@@ -66,7 +66,7 @@ void readAllKeys(QXHalvarin& facade, const Options& options, Readings& readings)
   if (!options.verbose) {
     quietAllKeysLog();
   }
-  for (const Value& each : *facade.readSensorsOfType(std::nullopt, readings.onMains)->elements()) {
+  for (const Value& each : facade.readSensorsOfType(std::nullopt, readings.onMains)->elements()) {
     readings.all.push_back({each.dictionary(), categoryOf(facade, each.dictionary())});
   }
   readings.onMains = false;  // that reading never applies limits that hold on mains only
@@ -108,18 +108,17 @@ std::string shown(const Dictionary& record, std::string_view entry) {
 std::vector<Cell> rowOf(const Dictionary& record, bool onMains) {
   const bool wasRead = record.get(record::kError).intValue() == 0;
   const std::string unit = wasRead ? shown(record, record::kUnit) : "";
-  return {{shown(record, record::kKey)},     {shown(record, record::kDescription)},
-          {shown(record, record::kValue)},   {unit},
-          {limitsOf(record)},                verdictOf(record, onMains)};
+  return {{shown(record, record::kKey)},
+          {shown(record, record::kDescription)},
+          {shown(record, record::kValue)},
+          {unit},
+          {limitsOf(record)},
+          verdictOf(record, onMains)};
 }
 
 Table sensorTable() {
-  return Table({{"Key"},
-                {"Description"},
-                {"Value", Align::right},
-                {"Unit"},
-                {"Limits"},
-                {"Verdict"}});
+  return Table(
+      {{"Key"}, {"Description"}, {"Value", Align::right}, {"Unit"}, {"Limits"}, {"Verdict"}});
 }
 
 void printSummary(const Readings& readings) {

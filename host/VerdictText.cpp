@@ -25,9 +25,8 @@ bool isOutside(const Dictionary& record) {
 }
 
 Cell verdictOf(const Dictionary& record, bool onMains) {
-  const auto [error, value, low, high, mainsOnly] =
-      record.getEach(std::array{record::kError, record::kValue, record::kLowLimit,
-                                record::kHighLimit, record::kACqualified});
+  const auto [error, value, low, high, mainsOnly] = record.getEach(std::array{
+      record::kError, record::kValue, record::kLowLimit, record::kHighLimit, record::kACqualified});
   if (error.isNothing() || error.intValue() != 0) {
     return {"not read", Tone::bad};
   }

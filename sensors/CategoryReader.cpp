@@ -24,9 +24,9 @@ struct Reached {
 
 void logFault(const Exception& fault, const Reached& reached) {
   const auto [value, error, bytes] =
-      reached.read ? reached.read->getEach(std::array{record::kValue, record::kError,
-                                                      record::kDataBytes})
-                   : std::array<Value, 3>{};
+      reached.read
+          ? reached.read->getEach(std::array{record::kValue, record::kError, record::kDataBytes})
+          : std::array<Value, 3>{};
   const std::size_t length = value.isText() ? value.textView().size() : value.data().size();
   platform::systemLog("exception  key: " + reached.key.description() + "  name: " + fault.name() +
                       "   reason: " + fault.reason() + "   class: " + value.className() +
@@ -40,18 +40,17 @@ void decodeAndJudge(Dictionary& read, bool onMains) {
   const auto [type, size, value, bytes, low, high, mainsOnly] = read.getEach(
       std::array{record::kDataType, record::kDataSize, record::kValue, record::kDataBytes,
                  record::kLowLimit, record::kHighLimit, record::kACqualified});
-  const std::string text = decodeReading(
-      {type.textView(), size.longLongValue(), value.longLongValue(), bytes.data()});
-  const bool inside = isInsideLimits(text, low.textView(), high.textView(), mainsOnly.boolValue(),
-                                     onMains);
+  const std::string text =
+      decodeReading({type.textView(), size.longLongValue(), value.longLongValue(), bytes.data()});
+  const bool inside =
+      isInsideLimits(text, low.textView(), high.textView(), mainsOnly.boolValue(), onMains);
   read.setEach(std::array<Dictionary::Update, 2>{
       {{record::kValue, text}, {record::kIsInsideLimits, inside}}});
 }
 
 void readRecord(Dictionary& listed, const KeyReader& readKey, const CategoryPass& pass,
                 Reached& reached) {
-  const auto [key, dataType] =
-      listed.getEach(std::array{record::kKey, record::kDataType});
+  const auto [key, dataType] = listed.getEach(std::array{record::kKey, record::kDataType});
   reached = {key, nullptr};
   if (pass.logUi32 && dataType.textView() == "ui32") {
     platform::systemLog("ui32 " + key.text().string());
@@ -71,7 +70,7 @@ void readRecord(Dictionary& listed, const KeyReader& readKey, const CategoryPass
 void readCategory(const Array& records, const KeyReader& readKey, const CategoryPass& pass) {
   Reached reached;
   try {
-    for (const Value& each : *records.elements()) {
+    for (const Value& each : records.elements()) {
       if (const DictionaryRef listed = each.dictionary()) {
         readRecord(*listed, readKey, pass, reached);
       }

@@ -67,8 +67,7 @@ ArrayRef QXHalvarin::getSMCKeysLike(std::string_view pattern, bool withDescripti
 }
 
 ArrayRef QXHalvarin::readSensorsOfType(std::optional<std::string_view> type, bool ACpwr) {
-  const ArrayRef records = type ? sensorKeys()->get(*type).array()
-                                : Array::make(*smcKeys()->elements());
+  const ArrayRef records = type ? sensorKeys()->get(*type).array() : smcKeys()->copy();
   if (!records) {
     return nullptr;
   }
@@ -96,6 +95,8 @@ std::int32_t QXHalvarin::numberLogicalCPUs() const {
   return sysctlbyname("hw.logicalcpu", &count, &length, nullptr, 0) == 0 ? count : 0;
 }
 
-int QXHalvarin::valueHex(signed char character) const { return halvarin::valueHex(character); }
+int QXHalvarin::valueHex(signed char character) const {
+  return halvarin::valueHex(character);
+}
 
 }  // namespace halvarin

@@ -32,14 +32,14 @@ class HALVARIN_EXPORT QXHalvarin {
   QXHalvarin(const QXHalvarin&) = delete;
   QXHalvarin& operator=(const QXHalvarin&) = delete;
 
-  /// Takes the machine's model, its sensor table and a fresh reading of all keys, and sorts the keys
-  /// into the categories. May be called again: the four properties are replaced, the records stay
-  /// the same objects. Costs one transfer per key.
+  /// Takes the machine's model, its sensor table and a fresh reading of all keys, and sorts the
+  /// keys into the categories. May be called again: the four properties are replaced, the records
+  /// stay the same objects. Costs one transfer per key.
   void initializeSensorKeys();
 
   /// The records of `smcKeys` whose key matches a pattern ("T???"), in that order, after the
-  /// database's description, unit and limits were copied into each. With `withDescription` only those
-  /// that have a description.
+  /// database's description, unit and limits were copied into each. With `withDescription` only
+  /// those that have a description.
   [[nodiscard]] ArrayRef getSMCKeysLike(std::string_view pattern, bool withDescription);
 
   /// Reads, decodes and judges every key of a category ("temperature", "voltage", "current",
@@ -49,8 +49,8 @@ class HALVARIN_EXPORT QXHalvarin {
   /// `ACpwr` says whether limits that hold on mains power only are applied.
   ArrayRef readSensorsOfType(std::optional<std::string_view> type, bool ACpwr);
 
-  /// The machine's model identifier, "MacBookPro15,1"; "" when it cannot be read or has more than 24
-  /// characters.
+  /// The machine's model identifier, "MacBookPro15,1"; "" when it cannot be read or has more than
+  /// 24 characters.
   [[nodiscard]] std::string readMachineModel() const;
 
   /// The number of logical processors; 0 when it cannot be read.

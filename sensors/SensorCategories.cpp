@@ -31,8 +31,8 @@ void describe(Dictionary& record, const DictionaryRef& descriptor) {
 
 ArrayRef describeMatching(const Array& records, const DictionaryRef& sensorTable,
                           std::string_view pattern, bool describedOnly) {
-  Array::Elements matching;
-  for (const Value& each : *records.elements()) {
+  std::vector<Value> matching;
+  for (const Value& each : records.elements()) {
     const DictionaryRef record = each.dictionary();
     const Value key = record->get(record::kKey);
     if (key.isNothing() || !matchesLike(key.textView(), pattern)) {

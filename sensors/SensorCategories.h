@@ -28,11 +28,11 @@ inline constexpr std::array<SensorCategory, 9> kSensorCategories{{
     {"fans", "F???", false},
 }};
 
-/// The records whose key matches a pattern, in their order, after the descriptor that a sensor table
-/// (null: none) has for each key was copied into it: "description", "unit", "high limit" and "low
-/// limit", "" where the table has none, and "ACqualified" only where it states one. With
+/// The records whose key matches a pattern, in their order, after the descriptor that a sensor
+/// table (null: none) has for each key was copied into it: "description", "unit", "high limit" and
+/// "low limit", "" where the table has none, and "ACqualified" only where it states one. With
 /// `describedOnly` records without a description are left out of the result.
-[[nodiscard]] ArrayRef describeMatching(const Array& records, const DictionaryRef& sensorTable,
-                                        std::string_view pattern, bool describedOnly);
+ArrayRef describeMatching(const Array& records, const DictionaryRef& sensorTable,
+                          std::string_view pattern, bool describedOnly);
 
 }  // namespace halvarin

@@ -39,8 +39,8 @@ char fractionDigit(std::string_view dataType) {
   constexpr std::size_t kPlace = 3;
   const auto characters = utf16(dataType);
   if (!characters || characters->size() <= kPlace) {
-    throw Exception(Exception::kRange, "the data type \"" + std::string(dataType) +
-                                           "\" has no fourth character");
+    throw Exception(Exception::kRange,
+                    "the data type \"" + std::string(dataType) + "\" has no fourth character");
   }
   return static_cast<char>((*characters)[kPlace]);
 }

@@ -12,21 +12,21 @@
 namespace halvarin {
 
 /// The place of a character in "0123456789abcdefgh", without regard to case; 0 when it has none.
-/// Deliberate: the alphabet runs to h, eighteen characters, since the controller counts fraction bits
-/// past fifteen.
+/// Deliberate: the alphabet runs to h, eighteen characters, since the controller counts fraction
+/// bits past fifteen.
 [[nodiscard]] HALVARIN_EXPORT int valueHex(signed char character);
 
 /// A reading as a key record holds it.
 struct RawReading {
-  std::string_view dataType;    // "" when the record has none
-  std::int64_t dataSize = 0;    // bytes
-  std::int64_t value = 0;       // the integer reading
-  Data dataBytes;               // the bytes of the reply
+  std::string_view dataType;  // "" when the record has none
+  std::int64_t dataSize = 0;  // bytes
+  std::int64_t value = 0;     // the integer reading
+  Data dataBytes;             // the bytes of the reply
 };
 
 /// The display text of a successful reading; "" for a type or a size that has none. Throws
-/// Exception (range) for a fixed-point type whose name is shorter than four characters: the number of
-/// its fraction bits cannot be taken.
+/// Exception (range) for a fixed-point type whose name is shorter than four characters: the number
+/// of its fraction bits cannot be taken.
 [[nodiscard]] HALVARIN_EXPORT std::string decodeReading(const RawReading& reading);
 
 /// The display text of a failed reading: "error " and the status in hexadecimal.

@@ -38,7 +38,7 @@ std::uint64_t magnitude(std::uint64_t reading) {
 }  // namespace
 
 std::int64_t smcIntegerReading(std::string_view dataType, std::int64_t dataSize,
-                            const std::array<std::uint8_t, 32>& bytes) {
+                               const std::array<std::uint8_t, 32>& bytes) {
   if (dataSize != 1 && dataSize != 2 && dataSize != 4 && dataSize != 8) {
     return 0;
   }

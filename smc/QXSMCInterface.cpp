@@ -108,7 +108,9 @@ QXSMCInterface::~QXSMCInterface() {
   NotificationCenter::defaultCenter().removeObserver(terminationToken_);
 }
 
-DictionaryRef QXSMCInterface::getInfoSMCKey(std::string_view key) { return readKeyInfo(key); }
+DictionaryRef QXSMCInterface::getInfoSMCKey(std::string_view key) {
+  return readKeyInfo(key);
+}
 
 DictionaryRef QXSMCInterface::SMCReadKey(std::string_view key) {
   const DictionaryRef table = keyDict();
@@ -116,8 +118,8 @@ DictionaryRef QXSMCInterface::SMCReadKey(std::string_view key) {
   if (!record) {
     return nullptr;
   }
-  const auto [key32, type32, dataSize, dataType] = record->getEach(std::array{
-      record::kKey32, record::kType32, record::kDataSize, record::kDataType});
+  const auto [key32, type32, dataSize, dataType] = record->getEach(
+      std::array{record::kKey32, record::kType32, record::kDataSize, record::kDataType});
   SMCCallRecord request;
   SMCCallRecord reply;
   request.key = key32.unsignedIntValue();
@@ -145,10 +147,12 @@ std::int32_t QXSMCInterface::SMCWriteKey(std::string_view key, std::uint32_t dat
   return writeOnce(key, data, size);
 }
 
-DictionaryRef QXSMCInterface::listSMCKeys() { return listKeyRecords(); }
+DictionaryRef QXSMCInterface::listSMCKeys() {
+  return listKeyRecords();
+}
 
 ArrayRef QXSMCInterface::listKeys() const {
-  Array::Elements records;
+  std::vector<Value> records;
   for (const auto& [key, record] : keyDict()->entries()) {
     records.push_back(record);
   }
@@ -171,7 +175,8 @@ ArrayRef QXSMCInterface::listKeysWithData() {
   mergeSort(records, [](const Indexed& a, const Indexed& b) {
     return platform::compareNumericCaseInsensitive(a.index.view(), b.index.view());
   });
-  Array::Elements sorted;
+  std::vector<Value> sorted;
+  sorted.reserve(records.size());
   for (Indexed& each : records) {
     sorted.push_back(std::move(each.record));
   }

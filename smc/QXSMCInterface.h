@@ -17,8 +17,8 @@
 namespace halvarin {
 
 /// The library's only door to the System Management Controller: one connection for the process, the
-/// table of key records, reads into the records, and writes. When the host ends it hands forced fans
-/// back to automatic control. Any thread; reads and writes block for their transfers.
+/// table of key records, reads into the records, and writes. When the host ends it hands forced
+/// fans back to automatic control. Any thread; reads and writes block for their transfers.
 class HALVARIN_EXPORT QXSMCInterface : public std::enable_shared_from_this<QXSMCInterface> {
  public:
   /// The process's instance, made at the first call and kept for ever; null for ever when the
@@ -34,31 +34,31 @@ class HALVARIN_EXPORT QXSMCInterface : public std::enable_shared_from_this<QXSMC
   QXSMCInterface(const QXSMCInterface&) = delete;
   QXSMCInterface& operator=(const QXSMCInterface&) = delete;
 
-  /// A new key record without "index", asked from the controller (one transfer). Empty when the text
-  /// has not exactly four characters (no transfer) or the transfer fails.
+  /// A new key record without "index", asked from the controller (one transfer). Empty when the
+  /// text has not exactly four characters (no transfer) or the transfer fails.
   [[nodiscard]] DictionaryRef getInfoSMCKey(std::string_view key);
 
   /// Reads a key into its record (one transfer) and returns that record, the object of `keyDict`.
   /// Null for a key that was not listed at start-up. After a failed transfer only "error" is new.
-  [[nodiscard]] DictionaryRef SMCReadKey(std::string_view key);
+  DictionaryRef SMCReadKey(std::string_view key);
 
-  /// Writes the low bytes of a value, most significant first, over a connection of its own and under
-  /// the write lock. Size 2 and 4 carry that many bytes; any other size carries the lowest byte
-  /// alone, while the request still names the size given. Returns 0, 5 (`KERN_FAILURE`) when the
-  /// service or the connection is not to be had, or the platform's status. Key records stay as they
-  /// are: read the key to see what it became.
+  /// Writes the low bytes of a value, most significant first, over a connection of its own and
+  /// under the write lock. Size 2 and 4 carry that many bytes; any other size carries the lowest
+  /// byte alone, while the request still names the size given. Returns 0, 5 (`KERN_FAILURE`) when
+  /// the service or the connection is not to be had, or the platform's status. Key records stay as
+  /// they are: read the key to see what it became.
   [[nodiscard]] std::int32_t SMCWriteKey(std::string_view key, std::uint32_t data,
                                          std::uint32_t size);
 
-  /// Walks the controller's list of keys (two transfers per index) into a new table, key text to key
-  /// record. Indices that fail are left out; empty when the count cannot be read.
+  /// Walks the controller's list of keys (two transfers per index) into a new table, key text to
+  /// key record. Indices that fail are left out; empty when the count cannot be read.
   [[nodiscard]] DictionaryRef listSMCKeys();
 
   /// All records, in no defined order; no transfer.
   [[nodiscard]] ArrayRef listKeys() const;
 
   /// All records, each freshly read (one transfer per key), in the order of "index".
-  [[nodiscard]] ArrayRef listKeysWithData();
+  ArrayRef listKeysWithData();
 
   /// What happens when the host ends: where a fan is forced, the force bits are cleared with one
   /// write; then the shared connection is closed and later reads fail.

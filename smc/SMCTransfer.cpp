@@ -17,16 +17,20 @@ std::atomic<io_connect_t> conn{0};
 std::int32_t callSMC(SMCCallRecord& request, SMCCallRecord& reply) {
   std::size_t replySize = sizeof reply;
   request.key = swappedCode(request.key);
-  const kern_return_t status = IOConnectCallStructMethod(
-      conn, kSMCUserClientMethod, &request, sizeof request, &reply, &replySize);
+  const kern_return_t status = IOConnectCallStructMethod(conn, kSMCUserClientMethod, &request,
+                                                         sizeof request, &reply, &replySize);
   request.key = swappedCode(request.key);
   reply.key = swappedCode(reply.key);
   reply.keyInfo.dataType = swappedCode(reply.keyInfo.dataType);
   return status;
 }
 
-void setSharedConnection(std::uint32_t connection) { conn = connection; }
+void setSharedConnection(std::uint32_t connection) {
+  conn = connection;
+}
 
-std::uint32_t sharedConnection() { return conn; }
+std::uint32_t sharedConnection() {
+  return conn;
+}
 
 }  // namespace halvarin

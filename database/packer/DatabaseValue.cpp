@@ -3,7 +3,6 @@
 #include "base/Dictionary.h"
 #include "database/SensorDatabase.h"
 
-
 namespace halvarin::packer {
 
 namespace {

@@ -15,9 +15,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array<std::string_view, 9> kKinds{
-    "Temperature", "Voltage",      "Current",     "Power", "Photometer",
-    "Accelerometer", "Magnetometer", "Calibration", "Fan"};
+constexpr std::array<std::string_view, 9> kKinds{"Temperature",  "Voltage",     "Current",
+                                                 "Power",        "Photometer",  "Accelerometer",
+                                                 "Magnetometer", "Calibration", "Fan"};
 constexpr std::array<std::string_view, 2> kPlatforms{"intel", "silicon"};
 constexpr std::array<std::string_view, 5> kLists{"dump", "firmware", "report", "listed", "family"};
 constexpr std::array<std::string_view, 5> kSensorFiles{"temperature.tsv", "voltage.tsv",
@@ -37,14 +37,16 @@ void checkWord(const TableRow& row, const Words& words, const std::string& word,
 }
 
 void checkKey(const TableRow& row, const std::string& key) {
-  const bool printable = std::all_of(key.begin(), key.end(),
-                                     [](char c) { return c > ' ' && c < '\x7F'; });
+  const bool printable =
+      std::all_of(key.begin(), key.end(), [](char c) { return c > ' ' && c < '\x7F'; });
   if (key.size() != kKeyCharacters || !printable) {
     row.fail("\"" + key + "\" is no key of four characters");
   }
 }
 
-std::string noneAsEmpty(const std::string& field) { return field == "-" ? "" : field; }
+std::string noneAsEmpty(const std::string& field) {
+  return field == "-" ? "" : field;
+}
 
 bool truthOf(const TableRow& row, const std::string& word) {
   checkWord(row, std::array<std::string_view, 2>{"yes", "no"}, word, "answer");
@@ -126,7 +128,7 @@ void SensorTables::loadModels(const fs::path& folder) {
     models_.push_back(std::move(model));
   }
   for (const auto& entry : fs::directory_iterator(folder / "models")) {
-    if (files.count(entry.path().filename().string()) == 0) {
+    if (!files.contains(entry.path().filename().string())) {
       throw TableError(entry.path(), 0, "no row of models.tsv names this file");
     }
   }
@@ -139,13 +141,16 @@ void SensorTables::loadExceptions(const fs::path& file) {
               f[2], "field");
     const auto model = std::find_if(models_.begin(), models_.end(),
                                     [&](const Model& each) { return each.identifier == f[0]; });
-    const bool hasKey =
-        model != models_.end() && std::any_of(model->keys.begin(), model->keys.end(),
-                                              [&](const TableRow& k) { return k.fields[0] == f[1]; });
+    const bool hasKey = model != models_.end() &&
+                        std::any_of(model->keys.begin(), model->keys.end(),
+                                    [&](const TableRow& k) { return k.fields[0] == f[1]; });
     if (!hasKey) {
       row.fail("no model " + f[0] + " with a key " + f[1] + ": the exception is not used");
     }
     auto& exceptions = exceptions_[{f[0], f[1]}];
+    if (f[2] == "description" && f[3] == "-") {
+      row.fail("a sensor needs a description");
+    }
     if (std::any_of(exceptions.begin(), exceptions.end(),
                     [&](const Exception& each) { return each.field == f[2]; })) {
       row.fail("this exception is in the table twice");
@@ -241,13 +246,13 @@ void SensorTables::checkUse(const std::vector<std::vector<Sensor>>& all) const {
   }
   for (const auto& [key, rows] : meanings_) {
     for (const Meaning& each : rows) {
-      if (meanings.count(&each) == 0) {
+      if (!meanings.contains(&each)) {
         each.row.fail("no model uses this row for " + key);
       }
     }
   }
   for (const auto& [name, part] : parts_) {
-    if (parts.count(name) == 0) {
+    if (!parts.contains(name)) {
       part.row.fail("no sensor is of the part \"" + name + "\"");
     }
   }

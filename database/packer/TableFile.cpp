@@ -8,7 +8,9 @@ namespace halvarin::packer {
 
 namespace {
 
-bool isComment(const std::string& line) { return line.rfind("# ", 0) == 0 || line == "#"; }
+bool isComment(const std::string& line) {
+  return line.rfind("# ", 0) == 0 || line == "#";
+}
 
 std::vector<std::string> splitAtTabs(const std::string& line) {
   std::vector<std::string> fields(1);
@@ -39,6 +41,9 @@ void eachLine(const std::filesystem::path& file, const Take& take) {
   }
   std::string line;
   for (std::size_t number = 1; std::getline(stream, line); ++number) {
+    if (!line.empty() && line.back() == '\r') {
+      throw TableError(file, number, "the line ends in a carriage return; tables have plain ends");
+    }
     if (!isComment(line)) {
       take(number, line);
     }
@@ -53,7 +58,8 @@ void checkFields(const TableRow& row, const std::vector<std::string>& columns) {
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const std::string& field = row.fields[i];
     if (field.empty() || field.front() == ' ' || field.back() == ' ') {
-      row.fail("the field \"" + columns[i] + "\" is empty or has blanks at its ends (\"-\" means "
+      row.fail("the field \"" + columns[i] +
+               "\" is empty or has blanks at its ends (\"-\" means "
                "none)");
     }
   }

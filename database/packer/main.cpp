@@ -11,11 +11,11 @@
 namespace {
 
 bool pack(const char* folder, const char* container) {
-  using namespace halvarin;
-  const packer::SensorTables tables(folder);
-  const auto list = platform::writePropertyList(packer::databaseFrom(tables),
-                                                platform::PropertyListFormat::binary);
-  return QXEDManager().enDataToFile(list, container);
+  using halvarin::platform::PropertyListFormat;
+  const halvarin::packer::SensorTables tables(folder);
+  const auto list = halvarin::platform::writePropertyList(halvarin::packer::databaseFrom(tables),
+                                                          PropertyListFormat::binary);
+  return halvarin::QXEDManager().enDataToFile(list, container);
 }
 
 }  // namespace

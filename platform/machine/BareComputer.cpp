@@ -6,7 +6,9 @@
 
 namespace halvarin::platform {
 
-bool BareComputer::hasService(std::string_view /*serviceClass*/) { return false; }
+bool BareComputer::hasService(std::string_view /*serviceClass*/) {
+  return false;
+}
 
 MachineStatus BareComputer::open(std::uint32_t /*type*/, std::uint32_t& /*connection*/) {
   return kIOReturnNoDevice;
@@ -18,12 +20,16 @@ MachineStatus BareComputer::call(std::uint32_t /*connection*/, std::uint32_t /*s
   return MACH_SEND_INVALID_DEST;
 }
 
-MachineStatus BareComputer::close(std::uint32_t /*connection*/) { return MACH_SEND_INVALID_DEST; }
+MachineStatus BareComputer::close(std::uint32_t /*connection*/) {
+  return MACH_SEND_INVALID_DEST;
+}
 
 Value BareComputer::setting(std::string_view name) {
   return name == "hw.logicalcpu" ? Value(std::thread::hardware_concurrency()) : Value();
 }
 
-std::string BareComputer::powerSource() { return {}; }
+std::string BareComputer::powerSource() {
+  return {};
+}
 
 }  // namespace halvarin::platform

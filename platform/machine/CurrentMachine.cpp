@@ -23,8 +23,12 @@ void setMachine(std::shared_ptr<Machine> machine) {
   slot().set(machine ? std::move(machine) : std::make_shared<BareComputer>());
 }
 
-std::shared_ptr<Machine> currentMachine() { return slot().get(); }
+std::shared_ptr<Machine> currentMachine() {
+  return slot().get();
+}
 
-HandleCounts handleCounts() { return handleLedger().counts(); }
+HandleCounts handleCounts() {
+  return handleLedger().counts();
+}
 
 }  // namespace halvarin::platform

@@ -11,7 +11,7 @@ std::uint32_t HandleLedger::takeService() {
 
 bool HandleLedger::knowsService(std::uint32_t service) {
   const MutexLock lock(mutex_);
-  return services_.count(service) > 0;
+  return services_.contains(service);
 }
 
 bool HandleLedger::releaseService(std::uint32_t service) {

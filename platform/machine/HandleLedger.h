@@ -8,8 +8,8 @@
 
 namespace halvarin::platform {
 
-/// Gives out the numbers by which the compat calls name services, and counts what is taken and given
-/// back. One per process, beside the current machine. Any thread.
+/// Gives out the numbers by which the compat calls name services, and counts what is taken and
+/// given back. One per process, beside the current machine. Any thread.
 class HandleLedger {
  public:
   /// A number for a service that was found; never 0.

@@ -11,7 +11,8 @@ namespace {
 
 std::string codeText(const FourBytes& code) {
   std::string text(code.begin(), code.end());
-  std::replace(text.begin(), text.end(), '\0', '?');
+  std::replace_if(
+      text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == '\x7F'; }, '?');
   return text;
 }
 

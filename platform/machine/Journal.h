@@ -11,8 +11,8 @@
 namespace halvarin::platform {
 
 /// "call 3 read TC0P size 2 -> 3A80" and so on: connection, command, what was asked, what came
-/// back. A write shows the bytes it carries up to its size, a refusal its result byte, a failure its
-/// status.
+/// back. A write shows the bytes it carries up to its size, a refusal its result byte, a failure
+/// its status.
 [[nodiscard]] std::string journalCall(std::uint32_t connection, const ControllerRequest& request,
                                       const ControllerReply& reply, MachineStatus status);
 

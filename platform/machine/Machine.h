@@ -14,8 +14,8 @@ namespace halvarin::platform {
 /// A status of the platform's calls; 0 is success.
 using MachineStatus = std::int32_t;
 
-/// What answers the platform's calls where the platform has none: the contract for a new body. Every
-/// method may be called from any thread, at the same time.
+/// What answers the platform's calls where the platform has none: the contract for a new body.
+/// Every method may be called from any thread, at the same time.
 class HALVARIN_EXPORT Machine {
  public:
   virtual ~Machine() = default;

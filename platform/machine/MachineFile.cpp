@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +10,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "base/NumberText.h"
 #include "base/Text.h"
 #include "platform/machine/MachineFileLine.h"
 
@@ -92,7 +92,7 @@ class Reader {
   }
 
   void takeLogicalProcessors(std::string_view text) {
-    const auto number = decimalNumber(text);
+    const auto number = wholeNumber(text);
     if (!number || *number == 0 || *number > kMostLogicalProcessors) {
       return fail("\"LogicalProcessors:\" takes a number from 1 to " +
                   std::to_string(kMostLogicalProcessors));
@@ -106,7 +106,7 @@ class Reader {
     if (open == std::string_view::npos || close == std::string_view::npos || close < open) {
       return fail("the list begins with \"Public keys (N):\", N being its number of keys");
     }
-    expected_ = decimalNumber(line.substr(open + 1, close - open - 1));
+    expected_ = wholeNumber(line.substr(open + 1, close - open - 1));
     if (!expected_ || *expected_ > kMostListedKeys) {
       expected_.reset();
       return fail("\"Public keys (N):\" takes a number from 0 to " +

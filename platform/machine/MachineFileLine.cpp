@@ -1,7 +1,6 @@
 #include "platform/machine/MachineFileLine.h"
 
 #include <algorithm>
-#include <charconv>
 #include <span>
 
 #include "base/NumberText.h"
@@ -13,14 +12,6 @@ namespace {
 constexpr std::size_t kMostBytes = 32;  // what one transfer carries
 constexpr std::uint32_t kMostSize = 65535;
 constexpr std::string_view kNotReadable = "NOT READABLE";
-
-template <typename Number>
-std::optional<Number> wholeNumber(std::string_view text, int base) {
-  Number number = 0;
-  const auto end = text.data() + text.size();
-  const auto [rest, error] = std::from_chars(text.data(), end, number, base);
-  return error == std::errc() && rest == end ? std::optional(number) : std::nullopt;
-}
 
 /// Takes a line apart from its beginning; the first fault is kept.
 class Cursor {
@@ -48,7 +39,7 @@ class Cursor {
     return take(at == std::string_view::npos ? rest_.size() + 1 : at, what);
   }
 
-  std::string_view takeRest() { return rest_; }
+  [[nodiscard]] std::string_view rest() const { return rest_; }
 
   void fail(std::string what) {
     if (fault_.empty()) {
@@ -82,19 +73,20 @@ FourBytes typeFromHex(std::uint64_t hex) {
 }
 
 void takeCode(Cursor& cursor, RecordedKey& key) {
+  constexpr std::size_t kCharacters = 4;
   cursor.expect("[");
-  const std::string_view code = cursor.take(4, "the key");
-  if (code.find(']') != std::string_view::npos && code.size() == 4 && code.back() != ']') {
-    cursor.fail("a key has four characters, \"" + std::string(code.substr(0, code.find(']'))) +
+  const std::size_t length = cursor.rest().find("] type [");
+  if (length != kCharacters && length != std::string_view::npos) {
+    cursor.fail("a key has four characters, \"" + std::string(cursor.rest().substr(0, length)) +
                 "\" has not (blanks at its end count)");
   }
-  key.code = fourBytes(code);
+  key.code = fourBytes(cursor.take(kCharacters, "the key"));
 }
 
 void takeSize(Cursor& cursor, RecordedKey& key) {
   std::string_view text = cursor.takeUntil(']', "the size");
   text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-  const auto size = decimalNumber(text);
+  const auto size = wholeNumber(text);
   if (!size || *size > kMostSize) {
     cursor.fail("the size \"" + std::string(text) + "\" is no number from 0 to " +
                 std::to_string(kMostSize));
@@ -111,7 +103,7 @@ void takeRefusal(Cursor& cursor, std::string_view code, RecordedKey& key) {
   const auto number = code.substr(0, kCode.size()) == kCode
                           ? hexNumber(code.substr(kCode.size()), 2)
                           : std::nullopt;
-  if (!number) {
+  if (!number || *number == 0) {  // 0 would be a reading
     cursor.fail("\"NOT READABLE\" is followed by nothing or by \", code xx\"");
   }
   key.result = static_cast<std::uint8_t>(number.value_or(0));
@@ -135,7 +127,7 @@ void takeBytes(Cursor& cursor, std::string_view hex, RecordedKey& key) {
 }
 
 void takeValue(Cursor& cursor, RecordedKey& key) {
-  const std::string_view value = cursor.takeRest();
+  const std::string_view value = cursor.rest();
   if (value.substr(0, kNotReadable.size()) == kNotReadable) {
     takeRefusal(cursor, value.substr(kNotReadable.size()), key);
   } else if (cursor.fault().empty()) {
@@ -153,12 +145,8 @@ std::string hexOf(std::uint64_t number, std::size_t bytes) {
 
 }  // namespace
 
-std::optional<std::uint64_t> decimalNumber(std::string_view text) {
-  return wholeNumber<std::uint64_t>(text, 10);
-}
-
 std::optional<std::uint64_t> hexNumber(std::string_view text, std::size_t digits) {
-  return text.size() == digits ? wholeNumber<std::uint64_t>(text, 16) : std::nullopt;
+  return text.size() == digits ? wholeNumber(text, 16) : std::nullopt;
 }
 
 std::variant<RecordedKey, std::string> parseKeyLine(std::string_view line) {
@@ -174,7 +162,7 @@ std::variant<RecordedKey, std::string> parseKeyLine(std::string_view line) {
   cursor.expect("] attr [");
   key.attributes = static_cast<std::uint8_t>(takeHex(cursor, 2, "attribute"));
   cursor.expect("] ->");
-  if (!cursor.takeRest().empty()) {
+  if (!cursor.rest().empty()) {
     cursor.expect(" ");
   }
   takeValue(cursor, key);
@@ -191,7 +179,8 @@ std::string writeKeyLines(const RecordedKey& key) {
   }
   const auto* typeBytes = reinterpret_cast<const std::uint8_t*>(key.type.data());
   std::string type(key.type.begin(), key.type.end());
-  std::replace(type.begin(), type.end(), '\0', '?');
+  std::replace_if(
+      type.begin(), type.end(), [](unsigned char c) { return c < ' ' || c == '\x7F'; }, '?');
   std::string size = std::to_string(key.sizeBytes);
   size.insert(0, size.size() < 2 ? 1 : 0, ' ');
   lines += "[" + std::string(key.code.begin(), key.code.end()) + "] type [" + type + "] " +

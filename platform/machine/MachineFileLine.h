@@ -14,9 +14,6 @@
 
 namespace halvarin::platform {
 
-/// The number that a text of decimal digits and nothing else stands for.
-[[nodiscard]] std::optional<std::uint64_t> decimalNumber(std::string_view text);
-
 /// The number that exactly `digits` hexadecimal digits stand for.
 [[nodiscard]] std::optional<std::uint64_t> hexNumber(std::string_view text, std::size_t digits);
 
@@ -24,8 +21,8 @@ namespace halvarin::platform {
 /// blanks at its end.
 [[nodiscard]] std::variant<RecordedKey, std::string> parseKeyLine(std::string_view line);
 
-/// The line of a key, preceded by a line with the platform's status where it has one; each with its
-/// line end.
+/// The line of a key (its type's unprintable characters shown as "?"), preceded by a line with the
+/// platform's status where it has one; each with its line end.
 [[nodiscard]] std::string writeKeyLines(const RecordedKey& key);
 
 }  // namespace halvarin::platform

@@ -21,7 +21,9 @@ bool isIntegerSize(std::uint32_t size) {
 }
 
 // Fixed point carries at most 32 bits.
-bool isFixedPointSize(std::size_t size) { return size == 1 || size == 2 || size == 4; }
+bool isFixedPointSize(std::size_t size) {
+  return size == 1 || size == 2 || size == 4;
+}
 
 Bytes bigEndian(std::uint64_t raw, std::uint32_t size) {
   Bytes bytes(size);
@@ -110,9 +112,9 @@ std::optional<Bytes> encodeFixedPoint(double number, const FourBytes& type, std:
     return std::nullopt;
   }
   const double scaled = std::ldexp(number, *fraction);
-  const std::uint64_t raw =
-      begins(type, "sp") ? static_cast<std::uint64_t>(roundSigned(scaled, 8 * size))
-                         : roundUnsigned(scaled, 8 * size);
+  const std::uint64_t raw = begins(type, "sp")
+                                ? static_cast<std::uint64_t>(roundSigned(scaled, 8 * size))
+                                : roundUnsigned(scaled, 8 * size);
   return bigEndian(raw, size);
 }
 

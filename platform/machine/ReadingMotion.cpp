@@ -42,7 +42,7 @@ double amplitude(const FourBytes& code, double reading) {
 
 std::vector<std::uint8_t> movedReading(const RecordedKey& key, Clock::Duration time) {
   const auto reading = decodeReal(key.type, key.bytes);
-  if (!reading || *reading == 0) {
+  if (!reading || *reading == 0 || !std::isfinite(*reading)) {
     return key.bytes;
   }
   const double swing = amplitude(key.code, *reading);

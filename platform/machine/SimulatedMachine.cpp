@@ -87,7 +87,7 @@ MachineStatus SimulatedMachine::call(std::uint32_t connection, std::uint32_t sel
   ++transfers_;
   ControllerReply answered;
   const MachineStatus status =
-      connections_.count(connection) == 0 ? MACH_SEND_INVALID_DEST : faultFor(decoded);
+      connections_.contains(connection) ? faultFor(decoded) : MACH_SEND_INVALID_DEST;
   if (status == KERN_SUCCESS) {
     answered = answer(decoded);
     encodeReply(answered, reply.first<kCallBytes>());
@@ -117,7 +117,9 @@ Value SimulatedMachine::setting(std::string_view name) {
   return name == "hw.logicalcpu" ? Value(logicalProcessors_) : Value();
 }
 
-std::string SimulatedMachine::powerSource() { return powerSource_; }
+std::string SimulatedMachine::powerSource() {
+  return powerSource_;
+}
 
 bool SimulatedMachine::isGone() const {
   return simulation_.vanishAfter && transfers_ >= *simulation_.vanishAfter;
@@ -136,9 +138,9 @@ MachineStatus SimulatedMachine::faultFor(const ControllerRequest& request) {
     }
   }
   // Keys that the platform itself could not transfer when the machine was recorded.
-  const RecordedKey* key =
-      request.command == static_cast<std::uint8_t>(Command::read) ? keys_.find(request.key)
-                                                                  : nullptr;
+  const RecordedKey* key = request.command == static_cast<std::uint8_t>(Command::read)
+                               ? keys_.find(request.key)
+                               : nullptr;
   return key != nullptr ? key->status : KERN_SUCCESS;
 }
 
@@ -146,7 +148,7 @@ ControllerReply SimulatedMachine::answer(const ControllerRequest& request) {
   ControllerReply reply = keys_.answer(request);
   const bool isReading = request.command == static_cast<std::uint8_t>(Command::read);
   if (simulation_.readingsMove && isReading && reply.result == kResultOk &&
-      fixed_.count(std::bit_cast<std::uint32_t>(request.key)) == 0) {
+      !fixed_.contains(std::bit_cast<std::uint32_t>(request.key))) {
     const RecordedKey* key = keys_.find(request.key);
     const auto moved = movedReading(*key, simulation_.clock->now() - start_);
     std::copy_n(moved.begin(), std::min(moved.size(), reply.bytes.size()), reply.bytes.begin());

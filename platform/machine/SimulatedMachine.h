@@ -30,11 +30,11 @@ struct TransferFault {
 
 /// How a simulated machine differs from a healthy, infinitely fast one that stands still.
 struct Simulation {
-  std::shared_ptr<Clock> clock;             // null: the computer's own
-  Clock::Duration latency{0};               // waited in every transfer
-  std::vector<TransferFault> faults;        // the first that fits counts
-  std::optional<std::uint64_t> vanishAfter; // transfers until the service goes away
-  bool readingsMove = false;                // temperatures, currents and powers swing in time
+  std::shared_ptr<Clock> clock;              // null: the computer's own
+  Clock::Duration latency{0};                // waited in every transfer
+  std::vector<TransferFault> faults;         // the first that fits counts
+  std::optional<std::uint64_t> vanishAfter;  // transfers until the service goes away
+  bool readingsMove = false;                 // temperatures, currents and powers swing in time
   /// Receives a line for every open, call and close, in their order; must not call the machine.
   std::function<void(std::string_view line)> journal;
 };

@@ -39,12 +39,11 @@ std::optional<Data> transform(const CipherKey& key, const Data& input, Direction
                               CipherFailure& failure) {
   constexpr std::array<std::uint8_t, 16> kZeroVector{};
   const CipherContext context(EVP_CIPHER_CTX_new(), &EVP_CIPHER_CTX_free);
-  if (!context ||
-      EVP_CipherInit_ex(context.get(), EVP_aes_128_cbc(), nullptr, key.bytes.data(),
-                        kZeroVector.data(), static_cast<int>(direction)) != 1) {
+  if (!context || EVP_CipherInit_ex(context.get(), EVP_aes_128_cbc(), nullptr, key.bytes.data(),
+                                    kZeroVector.data(), static_cast<int>(direction)) != 1) {
     return fail(CipherFailure::Step::create, failure);
   }
-  if (input.size() > static_cast<std::size_t>(std::numeric_limits<int>::max() - 32)) {
+  if (input.size() > std::size_t{std::numeric_limits<int>::max()} - 32) {
     failure = {CipherFailure::Step::setInput, "the data is too long for the cipher library"};
     return std::nullopt;
   }

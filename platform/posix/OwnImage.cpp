@@ -6,10 +6,10 @@
 // The linker defines these two for a section whose name is a C identifier, and, being hidden, they
 // bind to the image that this file is linked into. Weak: an image without the section has neither.
 extern "C" {
-extern const char __start___sensors_plist[]
-    __attribute__((visibility("hidden"), weak));  // NOLINT(bugprone-reserved-identifier)
-extern const char __stop___sensors_plist[]
-    __attribute__((visibility("hidden"), weak));  // NOLINT(bugprone-reserved-identifier)
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker gives these names.
+extern const char __start___sensors_plist[] __attribute__((visibility("hidden"), weak));
+extern const char __stop___sensors_plist[] __attribute__((visibility("hidden"), weak));
+// NOLINTEND(bugprone-reserved-identifier)
 }
 
 namespace halvarin::platform {

@@ -4,6 +4,8 @@
 
 namespace halvarin::platform {
 
-std::string providingPowerSourceType() { return currentMachine()->powerSource(); }
+std::string providingPowerSourceType() {
+  return currentMachine()->powerSource();
+}
 
 }  // namespace halvarin::platform

@@ -11,6 +11,7 @@
 
 #include "base/Array.h"
 #include "base/Dictionary.h"
+#include "platform/posix/BinaryListCheck.h"
 
 namespace halvarin::platform {
 
@@ -19,7 +20,10 @@ namespace {
 /// The library's tree, kept alive by every dictionary that has not been built from it yet.
 using Tree = std::shared_ptr<void>;
 
-Value toValue(const Tree& tree, plist_t node);
+// Arrays are built at once, one inside the other; deeper than this is no list of ours.
+constexpr int kDeepestArray = 200;
+
+Value toValue(const Tree& tree, plist_t node, int depth = 0);
 
 Text keyOf(char* key) {
   Text text(key);
@@ -45,12 +49,15 @@ Dictionary::Entries entriesOf(const Tree& tree, plist_t node) {
   return entries;
 }
 
-Value arrayOf(const Tree& tree, plist_t node) {
-  Array::Elements elements;
+Value arrayOf(const Tree& tree, plist_t node, int depth) {
+  std::vector<Value> elements;
   const std::uint32_t count = plist_array_get_size(node);
   elements.reserve(count);
   for (std::uint32_t i = 0; i < count; ++i) {
-    elements.push_back(toValue(tree, plist_array_get_item(node, i)));
+    if (Value element = toValue(tree, plist_array_get_item(node, i), depth + 1);
+        !element.isNothing()) {
+      elements.push_back(std::move(element));
+    }
   }
   return Array::make(std::move(elements));
 }
@@ -61,7 +68,7 @@ std::string_view bytesOf(plist_t node, const char* (*pointer)(plist_t, std::uint
   return {start, static_cast<std::size_t>(start == nullptr ? 0 : length)};
 }
 
-Value toValue(const Tree& tree, plist_t node) {
+Value toValue(const Tree& tree, plist_t node, int depth) {
   switch (plist_get_node_type(node)) {
     case PLIST_BOOLEAN:
       return plist_bool_val_is_true(node) != 0;
@@ -80,7 +87,7 @@ Value toValue(const Tree& tree, plist_t node) {
     case PLIST_DATA:
       return Data(bytesOf(node, &plist_get_data_ptr));
     case PLIST_ARRAY:
-      return arrayOf(tree, node);
+      return depth < kDeepestArray ? arrayOf(tree, node, depth) : Value();
     case PLIST_DICT:
       return Dictionary::makeDeferred([tree, node] { return entriesOf(tree, node); });
     default:
@@ -100,8 +107,10 @@ plist_t fromDictionary(const Dictionary& dictionary) {
 
 plist_t fromArray(const Array& array) {
   plist_t node = plist_new_array();
-  for (const Value& element : *array.elements()) {
-    plist_array_append_item(node, fromValue(element));
+  for (const Value& element : array.elements()) {
+    if (!element.isNothing()) {
+      plist_array_append_item(node, fromValue(element));
+    }
   }
   return node;
 }
@@ -131,6 +140,9 @@ plist_t fromValue(const Value& value) {
 
 Value parsePropertyList(const Data& bytes) {
   if (bytes.empty() || bytes.size() > std::numeric_limits<std::uint32_t>::max()) {
+    return {};
+  }
+  if (holdsZeroCharacter(bytes.view())) {
     return {};
   }
   plist_t root = nullptr;

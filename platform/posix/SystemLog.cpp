@@ -39,7 +39,10 @@ void systemLog(std::string_view line) {
 void setSystemLogSink(SystemLogSink sink) {
   Log& log = theLog();
   const MutexLock lock(log.mutex);
-  log.sink = sink ? std::move(sink) : SystemLogSink(&writeToSystem);
+  if (!sink) {
+    sink = &writeToSystem;
+  }
+  std::swap(log.sink, sink);  // the old one is destroyed by the caller, outside the lock
 }
 
 }  // namespace halvarin::platform

@@ -50,12 +50,13 @@ class Reader {
   std::size_t at_ = 0;
 };
 
-int sign(bool less, bool greater) { return static_cast<int>(greater) - static_cast<int>(less); }
+int sign(bool less, bool greater) {
+  return static_cast<int>(greater) - static_cast<int>(less);
+}
 
 // Without leading zeros the longer number is the larger one.
 int compareNumbers(std::string_view a, std::string_view b) {
-  return a.size() != b.size() ? sign(a.size() < b.size(), a.size() > b.size())
-                              : sign(a < b, b < a);
+  return a.size() != b.size() ? sign(a.size() < b.size(), a.size() > b.size()) : sign(a < b, b < a);
 }
 
 }  // namespace
@@ -68,9 +69,9 @@ int compareNumericCaseInsensitive(std::string_view a, std::string_view b) {
     if (left.atDigit() && right.atDigit()) {
       order = compareNumbers(left.takeNumber(), right.takeNumber());
     } else {
-      const std::int32_t leftCharacter = left.takeFolded();
-      const std::int32_t rightCharacter = right.takeFolded();
-      order = sign(leftCharacter < rightCharacter, leftCharacter > rightCharacter);
+      const std::int32_t ours = left.takeFolded();
+      const std::int32_t theirs = right.takeFolded();
+      order = sign(ours < theirs, theirs < ours);
     }
     if (order != 0) {
       return order;

@@ -31,11 +31,10 @@ inline platform::RecordedKey key(std::string_view code, std::string_view type, B
 inline platform::RecordedMachine machineWith(std::vector<platform::RecordedKey> keys,
                                              std::string model = "Test1,1") {
   const auto count = static_cast<std::uint32_t>(keys.size() + 1);
-  keys.insert(keys.begin(), key("#KEY", "ui32",
-                                {static_cast<std::uint8_t>(count >> 24U),
-                                 static_cast<std::uint8_t>(count >> 16U),
-                                 static_cast<std::uint8_t>(count >> 8U),
-                                 static_cast<std::uint8_t>(count)}));
+  keys.insert(keys.begin(),
+              key("#KEY", "ui32",
+                  {static_cast<std::uint8_t>(count >> 24U), static_cast<std::uint8_t>(count >> 16U),
+                   static_cast<std::uint8_t>(count >> 8U), static_cast<std::uint8_t>(count)}));
   return {std::move(model), "Intel(R) Test CPU", 4, "AC Power", std::move(keys)};
 }
 

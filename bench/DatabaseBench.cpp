@@ -1,0 +1,59 @@
+#include <benchmark/benchmark.h>
+#include <plist/plist.h>
+
+#include "base/Dictionary.h"
+#include "bench/LargeDatabase.h"
+#include "database/QXEDManager.h"
+#include "platform/PropertyList.h"
+
+namespace halvarin::bench {
+namespace {
+
+void reportBytes(benchmark::State& state, const Data& data) {
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(data.size()));
+}
+
+void decipherLargeContainer(benchmark::State& state) {
+  const Data& container = largeContainer();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(QXEDManager().dataFromSerializedData(container));
+  }
+  reportBytes(state, container);
+}
+BENCHMARK(decipherLargeContainer)->Unit(benchmark::kMillisecond);
+
+void parseLargePropertyList(benchmark::State& state) {
+  const Data& list = largePropertyList();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(platform::parsePropertyList(list));
+  }
+  reportBytes(state, list);
+}
+BENCHMARK(parseLargePropertyList)->Unit(benchmark::kMillisecond);
+
+/// What the property-list library needs by itself, for comparison.
+void parseLargePropertyListByLibraryAlone(benchmark::State& state) {
+  const Data& list = largePropertyList();
+  for (auto _ : state) {
+    plist_t root = nullptr;
+    plist_from_memory(list.view().data(), static_cast<std::uint32_t>(list.size()), &root);
+    plist_free(root);
+  }
+  reportBytes(state, list);
+}
+BENCHMARK(parseLargePropertyListByLibraryAlone)->Unit(benchmark::kMillisecond);
+
+void readOneModelOfLargePropertyList(benchmark::State& state) {
+  DictionaryRef database;
+  for (auto _ : state) {
+    state.PauseTiming();
+    database = platform::parsePropertyList(largePropertyList()).dictionary();
+    state.ResumeTiming();
+    const DictionaryRef model = database->get("Model99,1").dictionary();
+    benchmark::DoNotOptimize(model->get("Sensors").dictionary()->count());
+  }
+}
+BENCHMARK(readOneModelOfLargePropertyList)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+}  // namespace halvarin::bench

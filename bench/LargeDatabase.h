@@ -1,0 +1,13 @@
+#pragma once
+
+#include "base/Data.h"
+
+namespace halvarin::bench {
+
+/// A binary property list shaped like the sensor database, of about 3.2 million bytes.
+[[nodiscard]] const Data& largePropertyList();
+
+/// The same in its enciphered container.
+[[nodiscard]] const Data& largeContainer();
+
+}  // namespace halvarin::bench

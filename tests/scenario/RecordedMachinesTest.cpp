@@ -1,0 +1,144 @@
+// The facade on every recorded machine beside the checkout, with the library's own database.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "base/NumberText.h"
+#include "platform/machine/MachineFile.h"
+#include "sensors/QXHalvarin.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/Machines.h"
+#include "tests/support/SharedData.h"
+
+namespace halvarin::test {
+namespace {
+
+constexpr std::size_t kRecordedMachines = 28;
+
+/// The keys of a recording in their order, taken from its text without the library's reader.
+std::vector<std::string> listedKeys(const std::string& model) {
+  std::vector<std::string> keys;
+  std::istringstream text(fileText(dumpPath(model)));
+  for (std::string line; std::getline(text, line);) {
+    if (line.rfind('[', 0) == 0) {
+      keys.push_back(line.substr(1, 4));
+    }
+  }
+  return keys;
+}
+
+InstalledMachine installRecorded(const std::string& model) {
+  auto read = platform::readMachineFile(dumpPath(model));
+  if (const auto* error = std::get_if<platform::MachineFileError>(&read)) {
+    ADD_FAILURE() << error->message();
+    return {};
+  }
+  return install(std::get<platform::RecordedMachine>(std::move(read)));
+}
+
+class RecordedMachine : public testing::TestWithParam<std::string> {};
+
+TEST_P(RecordedMachine, TableHasExactlyTheListedKeysInIndexOrder) {
+  installRecorded(GetParam());
+  const auto facade = QXHalvarin::sharedHalvarin();
+  ASSERT_TRUE(facade);
+  EXPECT_EQ(facade->machineModel(), GetParam());
+  std::vector<std::string> keys;
+  int index = 0;
+  for (const Value& each : facade->smcKeys()->elements()) {
+    keys.push_back(each.dictionary()->get("key").text().string());
+    EXPECT_EQ(each.dictionary()->get("index"), Value(std::to_string(index++)));
+  }
+  EXPECT_EQ(keys, listedKeys(GetParam()));
+}
+
+bool isSensorKey(const std::string& key) {
+  return std::string("TVIPF").find(key[0]) != std::string::npos || key == "ALSL" ||
+         key.rfind("MO_", 0) == 0;
+}
+
+bool isRealType(const std::string& quoted) {
+  return quoted.rfind("\"flt", 0) == 0 || quoted.rfind("\"sp", 0) == 0 ||
+         quoted.rfind("\"fp", 0) == 0;
+}
+
+TEST_P(RecordedMachine, RealSensorsDecodeToTheirPublishedReadings) {
+  CapturedLog log;
+  installRecorded(GetParam());
+  const auto facade = QXHalvarin::sharedHalvarin();
+  ASSERT_TRUE(facade);
+  std::map<std::string, std::string> texts;
+  for (const Value& each : facade->readSensorsOfType(std::nullopt, false)->elements()) {
+    texts[each.dictionary()->get("key").text().string()] =
+        each.dictionary()->get("value").text().string();
+  }
+  std::size_t compared = 0;
+  for (auto& row : tableRows(sharedData() / "data" / "readings.tsv")) {
+    const std::string key = row["key"];
+    if (row["model"] != GetParam() || !isRealType(row["type"]) || !isSensorKey(key) ||
+        row["decoded"] == "unreadable") {
+      continue;
+    }
+    ++compared;
+    // That machine alone stores two of its constants with their bytes the other way round.
+    if (GetParam() == "MacPro6,1" && (key == "PZFE" || key == "PZSE")) {
+      EXPECT_EQ(texts[key], "0.00") << key;
+      continue;
+    }
+    EXPECT_NEAR(decimalReading(texts[key]), std::stod(row["decoded"]), 0.0051) << key;
+  }
+  EXPECT_GT(compared, 20U);
+}
+
+TEST_P(RecordedMachine, HealthyMachineHasNoSensorOutsideItsLimits) {
+  const auto installed = installRecorded(GetParam());
+  const auto facade = QXHalvarin::sharedHalvarin();
+  ASSERT_TRUE(facade);
+  const bool onMains = installed.machine->powerSource().find("AC") != std::string::npos;
+  std::size_t judged = 0;
+  for (const char* category : {"temperature", "voltage", "current", "power", "light"}) {
+    for (const Value& each : facade->readSensorsOfType(category, onMains)->elements()) {
+      const DictionaryRef record = each.dictionary();
+      const bool absent = *category == 't' && record->get("value").doubleValue() < 0;
+      judged += record->has("isInsideLimits") && !absent ? std::size_t{1} : 0;
+      EXPECT_TRUE(absent || !record->has("isInsideLimits") ||
+                  record->get("isInsideLimits").boolValue())
+          << record->get("key").text().view() << " " << record->get("value").text().view();
+    }
+  }
+  EXPECT_GT(judged, 20U);
+}
+
+TEST_P(RecordedMachine, EveryDescribedSensorHasAUnitOrIsAState) {
+  installRecorded(GetParam());
+  const auto facade = QXHalvarin::sharedHalvarin();
+  ASSERT_TRUE(facade);
+  ASSERT_TRUE(facade->sensorDict());
+  EXPECT_GT(facade->sensorKeys()->get("temperature").array()->count(), 5U);
+  for (const char* category : {"temperature", "voltage", "current", "power", "light"}) {
+    for (const Value& each : facade->sensorKeys()->get(category).array()->elements()) {
+      EXPECT_FALSE(each.dictionary()->get("unit").textView().empty())
+          << each.dictionary()->get("key").text().view();
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RecordedMachine, testing::ValuesIn(recordedModels()),
+                         [](const auto& instance) {
+                           std::string name = instance.param;
+                           std::replace(name.begin(), name.end(), ',', '_');
+                           return name;
+                         });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(RecordedMachine);
+
+TEST(RecordedMachines, AllAreThere) {
+  if (recordedModels().empty()) {
+    GTEST_SKIP() << "no recorded machines in " << sharedData() / "dumps"
+                 << ": nothing was compared with real machines";
+  }
+  EXPECT_EQ(recordedModels().size(), kRecordedMachines);
+}
+
+}  // namespace
+}  // namespace halvarin::test

@@ -1,0 +1,413 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <set>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "base/NumberText.h"
+#include "base/Text.h"
+#include "database/packer/DatabaseValue.h"
+#include "database/packer/SensorTables.h"
+#include "platform/machine/BuiltInMachine.h"
+#include "platform/machine/MachineFile.h"
+#include "platform/machine/ReadingCodec.h"
+#include "tests/support/SharedData.h"
+#include "tests/unit/database/TableFolder.h"
+
+// The sensor tables that the library ships, read by the program that packs them.
+
+namespace halvarin::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using packer::Model;
+using packer::Sensor;
+using packer::SensorTables;
+using packer::TableError;
+using packer::TableRow;
+
+const fs::path kData = HALVARIN_SOURCE_DIR "/database/data";
+
+const std::vector<std::string> kPartColumns{"part", "kind",  "unit",  "low",
+                                            "high", "mains", "reason"};
+const std::vector<std::string> kSensorColumns{"key", "on", "part", "description"};
+const std::vector<std::string> kModelColumns{"model", "name", "chip", "platform", "list"};
+const std::vector<std::string> kExceptionColumns{"model", "key", "field", "value", "reason"};
+
+const std::vector<std::pair<std::string, std::vector<std::string>>> kTables{
+    {"parts.tsv", kPartColumns},
+    {"sensors/temperature.tsv", kSensorColumns},
+    {"sensors/voltage.tsv", kSensorColumns},
+    {"sensors/current.tsv", kSensorColumns},
+    {"sensors/power.tsv", kSensorColumns},
+    {"sensors/other.tsv", kSensorColumns},
+    {"models.tsv", kModelColumns},
+    {"exceptions.tsv", kExceptionColumns},
+};
+
+/// The shipped tables, loaded and settled once.
+struct Shipped {
+  SensorTables tables{kData};
+  std::vector<std::vector<Sensor>> sensors = tables.resolveAll();
+};
+
+const Shipped& shipped() {
+  static const Shipped data;
+  return data;
+}
+
+const std::vector<Sensor>* sensorsOf(const std::string& model) {
+  const auto& models = shipped().tables.models();
+  for (std::size_t i = 0; i < models.size(); ++i) {
+    if (models[i].identifier == model) {
+      return &shipped().sensors[i];
+    }
+  }
+  return nullptr;
+}
+
+template <typename Check>
+void forEverySensor(const Check& check) {
+  const auto& models = shipped().tables.models();
+  for (std::size_t i = 0; i < models.size(); ++i) {
+    for (const Sensor& sensor : shipped().sensors[i]) {
+      SCOPED_TRACE(models[i].identifier + " " + sensor.key);
+      check(models[i], sensor);
+    }
+  }
+}
+
+TEST(SensorData, IsSoundAndUsedToTheLastRow) {
+  try {
+    const SensorTables tables(kData);
+    EXPECT_EQ(tables.resolveAll().size(), tables.models().size());
+    EXPECT_NE(packer::databaseFrom(tables).dictionary(), nullptr);
+  } catch (const TableError& error) {
+    ADD_FAILURE() << error.what();
+  }
+}
+
+TEST(SensorData, DescribesEverySensorByAKeyOfFourCharactersAKindAndAShortText) {
+  forEverySensor([](const Model& /*model*/, const Sensor& sensor) {
+    EXPECT_EQ(sensor.key.size(), 4U);
+    EXPECT_FALSE(sensor.part.kind.empty());
+    EXPECT_FALSE(sensor.description.empty());
+    EXPECT_NE(sensor.description, "-");
+    const auto characters = utf16(sensor.description);
+    ASSERT_TRUE(characters);
+    EXPECT_LE(characters->size(), 40U) << sensor.description;
+  });
+}
+
+TEST(SensorData, GivesEverySensorTheKindOfItsCategory) {
+  const std::map<char, std::string> kinds{
+      {'T', "Temperature"}, {'V', "Voltage"}, {'I', "Current"}, {'P', "Power"}, {'F', "Fan"}};
+  forEverySensor([&](const Model& /*model*/, const Sensor& sensor) {
+    const auto kind = kinds.find(sensor.key.front());
+    if (kind != kinds.end()) {
+      EXPECT_EQ(sensor.part.kind, kind->second);
+    } else if (sensor.key == "ALSL") {
+      EXPECT_EQ(sensor.part.kind, "Photometer");
+    } else if (sensor.key == "MSLD") {
+      EXPECT_EQ(sensor.part.kind, "Magnetometer");
+    } else if (sensor.key.rfind("MO_", 0) == 0) {
+      EXPECT_EQ(sensor.part.kind, "Accelerometer");
+    } else {
+      EXPECT_EQ(sensor.key.rfind("MSC", 0), 0U) << "a key of no category";
+      EXPECT_EQ(sensor.part.kind, "Calibration");
+    }
+  });
+}
+
+TEST(SensorData, HasLimitsThatAreNumbersInOrderWithAUnit) {
+  std::size_t judged = 0;
+  forEverySensor([&](const Model& /*model*/, const Sensor& sensor) {
+    EXPECT_EQ(sensor.part.low.empty(), sensor.part.high.empty());
+    if (sensor.part.low.empty()) {
+      return;
+    }
+    ++judged;
+    for (const std::string& limit : {sensor.part.low, sensor.part.high}) {
+      EXPECT_EQ(limit.find_first_not_of("-.0123456789"), std::string::npos) << limit;
+      EXPECT_NE(limit.find_first_of("0123456789"), std::string::npos) << limit;
+    }
+    EXPECT_LT(decimalReading(sensor.part.low), decimalReading(sensor.part.high));
+    EXPECT_FALSE(sensor.part.unit.empty());
+  });
+  EXPECT_GT(judged, 1000U);
+}
+
+TEST(SensorData, KnowsEveryRecordedModel) {
+  const std::vector<std::string> recorded = recordedModels();
+  if (recorded.empty()) {
+    GTEST_SKIP() << "there are no recorded machines in " << sharedData();
+  }
+  EXPECT_GE(recorded.size(), 28U);
+  for (const std::string& model : recorded) {
+    const auto* sensors = sensorsOf(model);
+    ASSERT_NE(sensors, nullptr) << model;
+    EXPECT_GT(sensors->size(), 20U) << model;
+  }
+}
+
+TEST(SensorData, DescribesOnlyKeysThatARecordedMachineHas) {
+  if (recordedModels().empty()) {
+    GTEST_SKIP() << "there are no recorded machines in " << sharedData();
+  }
+  for (const std::string& model : recordedModels()) {
+    const auto read = platform::readMachineFile(dumpPath(model));
+    ASSERT_TRUE(std::holds_alternative<platform::RecordedMachine>(read)) << model;
+    std::set<std::string> keys;
+    for (const auto& each : std::get<platform::RecordedMachine>(read).keys) {
+      keys.insert(std::string(each.code.begin(), each.code.end()));
+    }
+    const auto* sensors = sensorsOf(model);
+    ASSERT_NE(sensors, nullptr) << model;
+    for (const Sensor& sensor : *sensors) {
+      EXPECT_EQ(keys.count(sensor.key), 1U) << model << " " << sensor.key;
+    }
+  }
+}
+
+// ---- the machines that are ours
+// ------------------------------------------------------------------
+
+/// What is outside its limits on a machine: its float and fixed-point readings against the tables.
+std::vector<std::string> outsideLimits(const platform::RecordedMachine& machine) {
+  std::vector<std::string> outside;
+  const auto* sensors = sensorsOf(machine.model);
+  EXPECT_NE(sensors, nullptr) << machine.model;
+  std::size_t judged = 0;
+  for (const auto& each : machine.keys) {
+    const std::string code(each.code.begin(), each.code.end());
+    const auto reading = platform::decodeReal(each.type, each.bytes);
+    const auto sensor = std::find_if(sensors->begin(), sensors->end(),
+                                     [&](const Sensor& s) { return s.key == code; });
+    if (sensor == sensors->end() || !reading || sensor->part.low.empty()) {
+      continue;
+    }
+    ++judged;
+    const bool belowZero = sensor->part.kind == "Temperature" && *reading < 0;  // not fitted
+    if (!belowZero && (*reading < decimalReading(sensor->part.low) ||
+                       *reading > decimalReading(sensor->part.high))) {
+      outside.push_back(code + " = " + fixedText(*reading, 2));
+    }
+  }
+  EXPECT_GT(judged, 5U) << machine.model;
+  return outside;
+}
+
+TEST(SensorData, FindsNothingWrongWithTheBuiltInMachine) {
+  EXPECT_EQ(outsideLimits(platform::builtInLaptop()), std::vector<std::string>{});
+}
+
+TEST(SensorData, FindsNothingWrongWithTheHealthyMachine) {
+  const auto read = platform::readMachineFile(HALVARIN_SOURCE_DIR "/tests/machines/healthy.txt");
+  ASSERT_TRUE(std::holds_alternative<platform::RecordedMachine>(read));
+  EXPECT_EQ(outsideLimits(std::get<platform::RecordedMachine>(read)), std::vector<std::string>{});
+}
+
+// ---- the order that a reviewer looks rows up in
+// --------------------------------------------------
+
+TEST(SensorData, ListsPartsByKindThenByName) {
+  const std::vector<std::string> kinds{"Temperature",  "Voltage",     "Current",
+                                       "Power",        "Photometer",  "Accelerometer",
+                                       "Magnetometer", "Calibration", "Fan"};
+  std::vector<std::pair<std::ptrdiff_t, std::string>> order;
+  for (const TableRow& row : packer::readTable(kData / "parts.tsv", kPartColumns)) {
+    const auto kind = std::find(kinds.begin(), kinds.end(), row.fields[1]);
+    order.emplace_back(kind - kinds.begin(), row.fields[0]);
+  }
+  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(SensorData, ListsSensorsByTheBytesOfTheirKeys) {
+  for (const char* table : {"temperature", "voltage", "current", "power", "other"}) {
+    std::vector<std::string> keys;
+    for (const TableRow& row :
+         packer::readTable(kData / "sensors" / (std::string(table) + ".tsv"), kSensorColumns)) {
+      keys.push_back(row.fields[0]);
+    }
+    EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end())) << table;
+  }
+}
+
+TEST(SensorData, ListsTheKeysOfAModelByTheirBytes15ALine) {
+  for (const Model& model : shipped().tables.models()) {
+    std::vector<std::string> keys;
+    std::map<std::size_t, std::size_t> lines;
+    for (const TableRow& key : model.keys) {
+      keys.push_back(key.fields[0]);
+      ++lines[key.line];
+    }
+    EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end())) << model.identifier;
+    for (const auto& [line, count] : lines) {
+      EXPECT_TRUE(count == 15 || line == lines.rbegin()->first)
+          << model.identifier << " line " << line;
+    }
+    const std::string text = fileText(kData / "models" / (model.identifier + ".txt"));
+    EXPECT_EQ(text.rfind("# " + model.identifier + "  ", 0), 0U) << model.identifier;
+  }
+}
+
+TEST(SensorData, ListsExceptionsByModelThenKeyThenField) {
+  std::map<std::string, std::size_t> places;
+  for (const Model& model : shipped().tables.models()) {
+    places.emplace(model.identifier, places.size());
+  }
+  std::vector<std::tuple<std::size_t, std::string, std::string>> order;
+  for (const TableRow& row : packer::readTable(kData / "exceptions.tsv", kExceptionColumns)) {
+    order.emplace_back(places.at(row.fields[0]), row.fields[1], row.fields[2]);
+  }
+  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+// ---- what a slip of an editor leads to
+// -----------------------------------------------------------
+
+std::vector<std::string> linesOf(const fs::path& file) {
+  std::vector<std::string> lines;
+  std::istringstream stream(fileText(file));
+  for (std::string line; std::getline(stream, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+std::string joinedLines(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) {
+    text += line + "\n";
+  }
+  return text;
+}
+
+std::string placeOf(const std::string& message) {
+  const std::size_t end = message.find(": ");
+  return message.substr(0, end);
+}
+
+TEST(SensorData, IsReportedByFileAndLineWhereverARowLosesItsLastField) {
+  const TemporaryFolder folder;
+  std::size_t rows = 0;
+  for (const auto& [table, columns] : kTables) {
+    const std::vector<std::string> lines = linesOf(kData / table);
+    for (const TableRow& row : packer::readTable(kData / table, columns)) {
+      std::vector<std::string> damaged = lines;
+      std::string& line = damaged[row.line - 1];
+      line.resize(line.rfind('\t'));
+      folder.write("damaged.tsv", joinedLines(damaged));
+      ++rows;
+      try {
+        static_cast<void>(packer::readTable(folder.path() / "damaged.tsv", columns));
+        ADD_FAILURE() << "no error for " << table << ":" << row.line;
+      } catch (const TableError& error) {
+        ASSERT_EQ(placeOf(error.what()), folder.file("damaged.tsv:" + std::to_string(row.line)));
+      }
+    }
+  }
+  EXPECT_GT(rows, 700U);
+}
+
+/// A copy of the shipped tables that can be damaged.
+class DamagedCopy {
+ public:
+  DamagedCopy() { fs::copy(kData, folder_.path(), fs::copy_options::recursive); }
+
+  /// The place of the error, in the folder, that a change of one line of one file leads to.
+  std::string placeOfErrorWith(const std::string& file, std::size_t line, const std::string& text) {
+    std::vector<std::string> lines = linesOf(kData / file);
+    lines.at(line - 1) = text;
+    folder_.write(file, joinedLines(lines));
+    std::string place = "(no error)";
+    try {
+      static_cast<void>(SensorTables(folder_.path()).resolveAll());
+    } catch (const TableError& error) {
+      place = placeOf(error.what()).substr(folder_.path().string().size() + 1);
+    }
+    folder_.write(file, fileText(kData / file));
+    return place;
+  }
+
+ private:
+  TemporaryFolder folder_;
+};
+
+std::string withField(const TableRow& row, std::size_t field, const std::string& value) {
+  std::string line;
+  for (std::size_t i = 0; i < row.fields.size(); ++i) {
+    line += (i == 0 ? "" : "\t") + (i == field ? value : row.fields[i]);
+  }
+  return line;
+}
+
+// The first and the last row of each table stand for the others, which the same code reads.
+TEST(SensorData, IsReportedByFileAndLineWhereverAFieldIsWrong) {
+  struct Slip {
+    const char* name;
+    std::vector<std::string> tables;
+    std::size_t field;
+    const char* value;
+  };
+  const std::vector<std::string> sensorTables{"sensors/temperature.tsv", "sensors/voltage.tsv",
+                                              "sensors/current.tsv", "sensors/power.tsv",
+                                              "sensors/other.tsv"};
+  DamagedCopy copy;
+  for (const Slip& slip : std::vector<Slip>{{"kind", {"parts.tsv"}, 1, "Heat"},
+                                            {"one limit", {"parts.tsv"}, 3, "1"},
+                                            {"mains", {"parts.tsv"}, 5, "maybe"},
+                                            {"key", sensorTables, 0, "TC0"},
+                                            {"on", sensorTables, 1, "nowhere"},
+                                            {"part", sensorTables, 2, "no-such-part"},
+                                            {"description", sensorTables, 3, "-"},
+                                            {"platform", {"models.tsv"}, 3, "arm"},
+                                            {"list", {"models.tsv"}, 4, "rumour"},
+                                            {"model", {"exceptions.tsv"}, 0, "Mac1,1"},
+                                            {"key", {"exceptions.tsv"}, 1, "XXXX"},
+                                            {"field", {"exceptions.tsv"}, 2, "unit"}}) {
+    for (const std::string& table : slip.tables) {
+      const auto columns = std::find_if(kTables.begin(), kTables.end(), [&](const auto& each) {
+                             return each.first == table;
+                           })->second;
+      const std::vector<TableRow> rows = packer::readTable(kData / table, columns);
+      const std::array ends{rows.front(), rows.back()};
+      for (const TableRow& row : ends) {
+        const bool takesLimitAway =
+            std::string_view(slip.name) == "one limit" && row.fields[3] != "-";
+        const std::string place = copy.placeOfErrorWith(
+            table, row.line, withField(row, slip.field, takesLimitAway ? "-" : slip.value));
+        // A key that loses its row is told where the key stands, which is in the model's list.
+        const bool inList = std::string_view(slip.name) == "on";
+        const std::string expected = inList ? "models/" : table + ":" + std::to_string(row.line);
+        EXPECT_EQ(place.substr(0, expected.size()), expected) << slip.name << " of " << table;
+      }
+    }
+  }
+}
+
+TEST(SensorData, IsReportedByFileAndLineWhereverAModelListsAKeyThatNoRowDescribes) {
+  DamagedCopy copy;
+  for (const Model& model : shipped().tables.models()) {
+    const std::string file = "models/" + model.identifier + ".txt";
+    const TableRow& last = model.keys.back();
+    std::string line = linesOf(kData / file).at(last.line - 1) + " ZZZZ";
+    EXPECT_EQ(copy.placeOfErrorWith(file, last.line, line), file + ":" + std::to_string(last.line));
+  }
+}
+
+}  // namespace
+
+}  // namespace halvarin::test
