@@ -40,6 +40,7 @@ TESTED_THROUGH_PROGRAM = {
     "host/MachineChoice.cpp": "tests/program/MachineOptionsTest.cpp",
     "host/MachineDump.cpp": "tests/program/KeysTest.cpp",
     "host/ModelsCommand.cpp": "tests/program/ModelsTest.cpp",
+    "host/Options.cpp": "tests/program/UsageTest.cpp",
     "host/SensorsCommand.cpp": "tests/program/SensorsTest.cpp",
     "host/main.cpp": "tests/program/UsageTest.cpp",
 }

@@ -127,10 +127,14 @@ void SensorTables::loadModels(const fs::path& folder) {
     }
     models_.push_back(std::move(model));
   }
-  for (const auto& entry : fs::directory_iterator(folder / "models")) {
+  std::error_code missing;
+  for (const auto& entry : fs::directory_iterator(folder / "models", missing)) {
     if (!files.contains(entry.path().filename().string())) {
       throw TableError(entry.path(), 0, "no row of models.tsv names this file");
     }
+  }
+  if (missing) {
+    throw TableError(folder / "models", 0, "the folder cannot be read: " + missing.message());
   }
 }
 

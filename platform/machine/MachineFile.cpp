@@ -218,6 +218,10 @@ std::string MachineFileError::message() const {
 
 std::variant<RecordedMachine, MachineFileError> parseMachineFile(std::string_view text,
                                                                  const std::string& name) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+    text.remove_prefix(kByteOrderMark.size());
+  }
   if (text.empty()) {
     return MachineFileError{name, 0, "the file is empty"};
   }

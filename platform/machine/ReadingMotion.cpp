@@ -25,11 +25,12 @@ Swing swingOf(const FourBytes& code) {
 
 /// How far a reading swings to either side.
 double amplitude(const FourBytes& code, double reading) {
+  constexpr double kNoSensor = -100;         // -127 and its like are codes, not temperatures
   constexpr double kTemperatureSwing = 0.8;  // degrees: what a steady load shows
   constexpr double kLoadShare = 0.06;        // of a current or a power
   switch (code[0]) {
     case 'T':
-      return kTemperatureSwing;
+      return reading < kNoSensor ? 0 : kTemperatureSwing;
     case 'I':
     case 'P':
       return kLoadShare * std::abs(reading);

@@ -130,7 +130,9 @@ MachineStatus SimulatedMachine::faultFor(const ControllerRequest& request) {
     return kIOReturnNoDevice;
   }
   for (const TransferFault& fault : simulation_.faults) {
-    const bool fits = (!fault.key || *fault.key == request.key) &&
+    // A request by index names no key: its key field is left over from an earlier request.
+    const bool namesKey = request.command != static_cast<std::uint8_t>(Command::keyByIndex);
+    const bool fits = (!fault.key || (namesKey && *fault.key == request.key)) &&
                       (!fault.command || *fault.command == request.command) &&
                       transfers_ >= fault.firstCall && transfers_ <= fault.lastCall;
     if (fits) {

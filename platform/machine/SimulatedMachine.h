@@ -35,7 +35,8 @@ struct Simulation {
   std::vector<TransferFault> faults;         // the first that fits counts
   std::optional<std::uint64_t> vanishAfter;  // transfers until the service goes away
   bool readingsMove = false;                 // temperatures, currents and powers swing in time
-  /// Receives a line for every open, call and close, in their order; must not call the machine.
+  /// Receives a line for every open, every call that carries a whole record, and every close, in
+  /// their order; must not call the machine.
   std::function<void(std::string_view line)> journal;
 };
 

@@ -426,5 +426,17 @@ TEST(NumberText, WritesBytesAsTwoUpperCaseDigitsEach) {
   EXPECT_EQ(hexBytes(bytes), "000FA05BFF");
 }
 
+TEST(NumberText, WholeNumberTakesDigitsOfItsBaseAndNothingElse) {
+  EXPECT_EQ(wholeNumber("0"), 0U);
+  EXPECT_EQ(wholeNumber("0042"), 42U);
+  EXPECT_EQ(wholeNumber("18446744073709551615"), 18446744073709551615U);
+  EXPECT_EQ(wholeNumber("E00002c1", 16), 0xE00002C1U);
+  for (const char* text :
+       {"", " 1", "1 ", "-1", "+1", "1.0", "0x1", "1e3", "ff", "18446744073709551616"}) {
+    EXPECT_FALSE(wholeNumber(text).has_value()) << text;
+  }
+  EXPECT_FALSE(wholeNumber("fg", 16).has_value());
+}
+
 }  // namespace
 }  // namespace halvarin::test

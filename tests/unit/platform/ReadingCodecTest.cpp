@@ -62,6 +62,7 @@ TEST(ReadingCodec, StoresNumbersInEveryTypeAndSize) {
            // Unsigned fixed point.
            {"fpe2", 2, 2000, {0x1F, 0x40}},
            {"fpe2", 2, 20000, {0xFF, 0xFF}},
+           {"fpe2", 2, 1.2, {0x00, 0x05}},  // 4.8 quarters
            {"fpe2", 2, -1, {0x00, 0x00}},
            {"fp88", 2, 1.5, {0x01, 0x80}},
            {"fp88", 1, 0.5, {0x80}},
@@ -84,6 +85,7 @@ TEST(ReadingCodec, StoresNumbersInEveryTypeAndSize) {
            {"ui8 ", 1, 255, {0xFF}},
            {"ui8 ", 1, 256, {0xFF}},
            {"ui8 ", 1, -1, {0x00}},
+           {"ui8 ", 1, 2.5, {0x03}},
            {"ui16", 2, 300, {0x01, 0x2C}},
            {"ui16", 2, 65535, {0xFF, 0xFF}},
            {"ui32", 4, 70000, {0x00, 0x01, 0x11, 0x70}},

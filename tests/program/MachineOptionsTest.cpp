@@ -1,0 +1,108 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "tests/support/ProgramRun.h"
+#include "tests/support/SharedData.h"
+
+namespace halvarin::test {
+namespace {
+
+using testing::HasSubstr;
+
+struct BrokenRow {
+  const char* file;
+  const char* says;  // after the file's path
+};
+
+TEST(MachineFileOption, BadFilesEndWithExit3AndNameFileLineAndFault) {
+  for (const BrokenRow& row :
+       std::vector<BrokenRow>{{"missing.txt", ": cannot be read: No such file or directory"},
+                              {"empty.txt", ": the file is empty"},
+                              {"cut-line.txt", ":"},
+                              {"bad-hex-digit.txt", ":"},
+                              {"key-of-three.txt", ":5: a key has four characters"},
+                              {"size-above-bytes.txt", ":"},
+                              {"size-below-bytes.txt", ":"},
+                              {"too-few-keys.txt", ":"},
+                              {"too-many-keys.txt", ":"},
+                              {"key-twice.txt", ":"}}) {
+    SCOPED_TRACE(row.file);
+    const std::string path = std::string("broken/") + row.file;
+    const ProgramRun run = halvarinRun({"--machine", machineFile(path), "sensors"});
+    EXPECT_EQ(run.exit, 3);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, HasSubstr("tests/machines/broken/" + std::string(row.file) + row.says));
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+  }
+}
+
+TEST(MachineFileOption, EveryBrokenFileEndsWithExit3AndOneLine) {
+  const auto folder = std::filesystem::path(HALVARIN_SOURCE_DIR) / "tests/machines/broken";
+  int files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    SCOPED_TRACE(entry.path());
+    ++files;
+    const ProgramRun run = halvarinRun({"--machine", "file:" + entry.path().string(), "keys"});
+    EXPECT_EQ(run.exit, 3);
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+  }
+  EXPECT_GT(files, 15);
+}
+
+TEST(MachineFileOption, FolderIsNoMachineFile) {
+  const ProgramRun run = halvarinRun({"--machine", machineFile("broken"), "keys"});
+  EXPECT_EQ(run.exit, 3);
+  EXPECT_THAT(run.err, HasSubstr("this is a folder"));
+}
+
+TEST(MachineFileOption, LongModelTextIsSaidAndReadsAsNone) {
+  const std::string path =
+      (std::filesystem::temp_directory_path() / "halvarin-long-model-test.txt").string();
+  std::ofstream(path) << "Model: " << std::string(25, 'M') << "\nPublic keys (0):\n";
+  const ProgramRun run = halvarinRun({"--machine", "file:" + path, "sensors"});
+  std::filesystem::remove(path);
+  EXPECT_EQ(run.exit, 0);
+  EXPECT_THAT(run.err, HasSubstr("has more than 24 characters and reads as none; add a line "
+                                 "\"Model: ...\" to " +
+                                 path));
+  EXPECT_THAT(run.out, HasSubstr("Machine: unknown model (recorded)"));
+}
+
+TEST(JournalOption, HoldsALineForEveryCall) {
+  const std::string path =
+      (std::filesystem::temp_directory_path() / "halvarin-journal-test.txt").string();
+  EXPECT_EQ(halvarinRun({"--machine", machineFile("healthy.txt"), "--journal", path, "keys"}).exit,
+            0);
+  const std::string journal = fileText(path);
+  std::filesystem::remove(path);
+  EXPECT_EQ(journal.rfind("open type 0 -> connection 1\ncall 1 info #KEY -> ui32 4\n", 0), 0U);
+  // One open, two transfers for the count, two per key to list it and one to read it.
+  EXPECT_EQ(std::count(journal.begin(), journal.end(), '\n'), 1 + 2 + 3 * 21);
+}
+
+TEST(LatencyOption, IsTakenInEveryUnit) {
+  for (const char* time : {"100ns", "1us", "0.001ms", "0s"}) {
+    EXPECT_EQ(
+        halvarinRun({"--machine", machineFile("healthy.txt"), "--latency", time, "keys"}).exit, 0)
+        << time;
+  }
+}
+
+TEST(MachineOption, BuiltInMachineCanBeNamed) {
+  EXPECT_EQ(halvarinRun({"--machine", "simulated:MacBookPro16,1", "keys", "FNum"}).exit, 0);
+}
+
+TEST(ClockOption, StoppedClockHoldsTheReadingsAndARunningOneMovesThem) {
+  const auto readings = [](const char* clock) {
+    return halvarinRun({"--machine", "simulated", "--clock", clock, "sensors"}).out;
+  };
+  EXPECT_EQ(readings("0"), readings("0"));
+  EXPECT_NE(readings("0"), readings("100000"));
+}
+
+}  // namespace
+}  // namespace halvarin::test

@@ -1,0 +1,20 @@
+#include "host/Terminal.h"
+
+#include <gtest/gtest.h>
+
+namespace halvarin::test {
+namespace {
+
+TEST(Terminal, CommandsToATerminalAreShownAsQuestionMarks) {
+  EXPECT_EQ(host::printable("plain text"), "plain text");
+  EXPECT_EQ(host::printable("a\033[2Jb\nc\x7F"), "a?[2Jb?c?");
+  EXPECT_EQ(host::printable(std::string_view("a\0b", 3)), "a?b");
+}
+
+TEST(Terminal, TextBeyondAsciiIsKeptAndBytesThatAreNoTextAreNot) {
+  EXPECT_EQ(host::printable("\xC3\xA9"), "\xC3\xA9");
+  EXPECT_EQ(host::printable("\xFF\xFE"), "??");
+}
+
+}  // namespace
+}  // namespace halvarin::test

@@ -1,0 +1,63 @@
+#include "host/VerdictText.h"
+
+#include <gtest/gtest.h>
+
+namespace halvarin::test {
+namespace {
+
+struct Row {
+  const char* name;
+  Value error;
+  const char* value;
+  const char* low;
+  const char* high;
+  Value inside;
+  bool mainsOnly;
+  bool onMains;
+  const char* expected;
+};
+
+DictionaryRef recordOf(const Row& row) {
+  auto record = Dictionary::make();
+  record->set("error", row.error);
+  record->set("value", row.value);
+  record->set("low limit", row.low);
+  record->set("high limit", row.high);
+  record->set("isInsideLimits", row.inside);
+  record->set("ACqualified", row.mainsOnly ? Value(true) : Value());
+  return record;
+}
+
+TEST(VerdictText, SaysWhatTheVerdictMeans) {
+  const std::vector<Row> rows{
+      {"inside", 0, "20.00", "0", "50", true, false, false, "ok"},
+      {"above", 0, "60.00", "0", "50", false, false, false, "too high"},
+      {"below", 0, "-1.00", "0", "50", false, false, false, "too low"},
+      {"no number", 0, "nan", "0", "50", false, false, false, "not a number"},
+      {"no limits", 0, "20.00", "", "", true, false, false, "no limits"},
+      {"no low limit", 0, "20.00", "", "50", true, false, false, "no limits"},
+      {"no value", 0, "", "0", "50", true, false, false, "no value"},
+      {"on battery", 0, "60.00", "0", "50", true, true, false, "on mains only"},
+      {"on mains", 0, "20.00", "0", "50", true, true, true, "ok"},
+      {"failed", 5, "error 5", "0", "50", Value(), false, false, "not read"},
+      {"failed after an outside verdict", 5, "error 5", "0", "50", false, false, false, "not read"},
+      {"never read", Value(), "error 0", "", "", Value(), false, false, "not read"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(host::verdictOf(*recordOf(row), row.onMains).text, row.expected) << row.name;
+  }
+}
+
+TEST(VerdictText, OnlyAReadingCanBeOutside) {
+  EXPECT_TRUE(host::isOutside(*recordOf({"", 0, "60", "0", "50", false, false, false, ""})));
+  EXPECT_FALSE(host::isOutside(*recordOf({"", 5, "error 5", "0", "50", false, false, false, ""})));
+  EXPECT_FALSE(host::isOutside(*recordOf({"", 0, "60", "", "", Value(), false, false, ""})));
+}
+
+TEST(VerdictText, LimitsAreShownTogetherOrNotAtAll) {
+  EXPECT_EQ(host::limitsOf(*recordOf({"", 0, "1", "0", "50", true, false, false, ""})), "0 to 50");
+  EXPECT_EQ(host::limitsOf(*recordOf({"", 0, "1", "", "50", true, false, false, ""})), "");
+}
+
+}  // namespace
+}  // namespace halvarin::test
