@@ -11,7 +11,6 @@
 
 #define HALVARIN_GUARDED_BY(x) HALVARIN_THREAD_ATTRIBUTE(guarded_by(x))
 #define HALVARIN_REQUIRES(...) HALVARIN_THREAD_ATTRIBUTE(requires_capability(__VA_ARGS__))
-#define HALVARIN_EXCLUDES(...) HALVARIN_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 
 namespace halvarin {
 

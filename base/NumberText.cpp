@@ -162,6 +162,12 @@ double decimalReading(std::string_view text) {
   return parts.digits == 0 ? 0 : decimalOf(text, parts);
 }
 
+std::optional<double> wholeDecimal(std::string_view text) {
+  const DecimalParts parts = takeDecimal(text);
+  const bool whole = parts.digits > 0 && parts.length == text.size();
+  return whole ? std::optional(decimalOf(text, parts)) : std::nullopt;
+}
+
 std::int64_t integerReading(std::string_view text) {
   text = withoutLeadingSpace(text);
   const bool negative = !text.empty() && text.front() == '-';

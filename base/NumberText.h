@@ -18,6 +18,9 @@ namespace halvarin {
 /// such, so that a broken float reading is judged outside its limits and not taken for 0.
 [[nodiscard]] HALVARIN_EXPORT double decimalReading(std::string_view text);
 
+/// The decimal number that is the whole text; absent for any other text.
+[[nodiscard]] HALVARIN_EXPORT std::optional<double> wholeDecimal(std::string_view text);
+
 /// The leading integer, held at the ends of the 64-bit range.
 [[nodiscard]] HALVARIN_EXPORT std::int64_t integerReading(std::string_view text);
 

@@ -2,12 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <vector>
 
 #include "base/Exception.h"
+#include "base/FileBytes.h"
 #include "base/Text.h"
 #include "database/CipherMessages.h"
 #include "database/SaltTables.h"
@@ -39,16 +38,6 @@ Data pick(const Data& block, const std::uint64_t (&positions)[kKeyBytes]) {
 Data joined(const Data& head, const Data& tail) {
   std::string bytes(head.view());
   return Data(bytes.append(tail.view()));
-}
-
-std::optional<Data> readFile(const std::string& path) {
-  std::error_code ignored;
-  std::ifstream file(path, std::ios::binary);
-  if (!file || std::filesystem::is_directory(path, ignored)) {
-    return std::nullopt;
-  }
-  const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-  return file.bad() ? std::nullopt : std::optional(Data(bytes));
 }
 
 bool writeFile(const std::string& path, const Data& bytes) {
@@ -125,12 +114,12 @@ std::optional<Data> QXEDManager::dataFromSerializedData(const std::optional<Data
 }
 
 std::optional<Data> QXEDManager::dataFromSerializedFile(const std::string& path) const {
-  const std::optional<Data> container = readFile(path);
+  const std::optional<std::string> container = fileBytes(path);
   if (!container) {
     systemLog("QXEDManager:dataFromSerializedFile: failed to read context");
     return std::nullopt;
   }
-  auto payload = dataFromSerializedData(container);
+  auto payload = dataFromSerializedData(Data(*container));
   if (!payload) {
     systemLog("QXEDManager:dataFromSerializedFile: failed");
   }

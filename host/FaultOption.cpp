@@ -1,6 +1,7 @@
 #include "host/FaultOption.h"
 
 #include <limits>
+#include <optional>
 #include <string_view>
 
 #include "base/NumberText.h"
@@ -17,14 +18,9 @@ constexpr std::size_t kKeyCharacters = 4;
                                    "; it takes KEY=VALUE, KEY=error:STATUS or vanish:N");
 }
 
-bool looksLikeNumber(std::string_view text) {
-  if (text == "nan" || text == "inf" || text == "-inf") {
-    return true;
-  }
-  const std::size_t begin = text.find_first_not_of("+-");
-  return begin != std::string_view::npos && begin <= 1 &&
-         text.find_first_of("0123456789") != std::string_view::npos &&
-         text.find_first_not_of("0123456789.eE+-") == std::string_view::npos;
+std::optional<double> numberFrom(const std::string& text) {
+  const bool isSpecial = text == "nan" || text == "inf" || text == "-inf";
+  return isSpecial ? decimalReading(text) : wholeDecimal(text);
 }
 
 StatusFault statusFault(const std::string& text, const std::string& key, std::string_view status) {
@@ -63,10 +59,11 @@ FaultOption parseFault(const std::string& text) {
   if (value.substr(0, kError.size()) == kError) {
     return statusFault(text, key, value.substr(kError.size()));
   }
-  if (!looksLikeNumber(value)) {
+  const auto number = numberFrom(std::string(value));
+  if (!number) {
     refuse(text, "\"" + std::string(value) + "\" is no number");
   }
-  return ReadingFault{key, decimalReading(value)};
+  return ReadingFault{key, *number};
 }
 
 }  // namespace halvarin::host

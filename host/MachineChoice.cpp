@@ -1,5 +1,6 @@
 #include "host/MachineChoice.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -8,6 +9,7 @@
 #include <utility>
 
 #include "host/Exit.h"
+#include "host/Terminal.h"
 #include "platform/Clock.h"
 #include "platform/PowerSource.h"
 #include "platform/machine/BuiltInMachine.h"
@@ -31,7 +33,7 @@ platform::RecordedMachine recordedMachine(const MachineOption& option) {
   }
   auto machine = std::get<platform::RecordedMachine>(std::move(read));
   if (machine.model.size() > kMostModelCharacters) {
-    std::cerr << "halvarin: the model \"" << machine.model << "\" has more than "
+    std::cerr << "halvarin: the model \"" << printable(machine.model) << "\" has more than "
               << kMostModelCharacters
               << " characters and reads as none; add a line \"Model: ...\" to " << option.path
               << "\n";
@@ -48,7 +50,13 @@ std::function<void(std::string_view)> journalTo(const std::string& path) {
     throw ExitError(Exit::usage,
                     "the journal " + path + " cannot be written: " + std::strerror(errno));
   }
-  return [file](std::string_view line) { *file << line << std::endl; };
+  return [file, path](std::string_view line) {
+    const bool wasGood = file->good();
+    *file << line << std::endl;
+    if (wasGood && !file->good()) {
+      std::cerr << "halvarin: the journal " << path << " cannot be written any further\n";
+    }
+  };
 }
 
 /// Sorts the faults into those that the machine starts with and readings to be set on it.
@@ -72,20 +80,31 @@ std::vector<ReadingFault> takeFaults(const Options& options, platform::Simulatio
   return readings;
 }
 
-void checkKeyExists(const platform::RecordedMachine& machine, const FaultOption& fault) {
-  const auto keyOf = [](const auto& each) -> std::string {
-    if constexpr (requires { each.key; }) {
-      return each.key;
-    }
-    return {};
-  };
-  const std::string key = std::visit(keyOf, fault);
-  for (const platform::RecordedKey& each : machine.keys) {
-    if (key.empty() || each.code == platform::fourBytes(key)) {
-      return;
-    }
+constexpr const char* kCountKey = "#KEY";
+constexpr double kMostListedKeys =
+    65536;  // listing takes transfers for each; more would take hours
+
+std::string keyOf(const FaultOption& fault) {
+  if (const auto* reading = std::get_if<ReadingFault>(&fault)) {
+    return reading->key;
   }
-  throw ExitError(Exit::usage, "--fault: this machine has no key \"" + key + "\"");
+  const auto* status = std::get_if<StatusFault>(&fault);
+  return status != nullptr ? status->key : std::string();
+}
+
+void checkFault(const platform::RecordedMachine& machine, const FaultOption& fault) {
+  const std::string key = keyOf(fault);
+  const bool known = std::any_of(
+      machine.keys.begin(), machine.keys.end(),
+      [&](const platform::RecordedKey& each) { return each.code == platform::fourBytes(key); });
+  // Every machine answers to the name of the count.
+  if (!known && !key.empty() && key != kCountKey) {
+    throw ExitError(Exit::usage, "--fault: this machine has no key \"" + key + "\"");
+  }
+  const auto* reading = std::get_if<ReadingFault>(&fault);
+  if (reading != nullptr && key == kCountKey && !(reading->number <= kMostListedKeys)) {
+    throw ExitError(Exit::usage, "--fault: #KEY counts the keys and can be 65536 at most");
+  }
 }
 
 }  // namespace
@@ -96,7 +115,7 @@ void chooseMachine(const Options& options) {
   }
   platform::RecordedMachine recorded = recordedMachine(options.machine);
   for (const FaultOption& fault : options.faults) {
-    checkKeyExists(recorded, fault);
+    checkFault(recorded, fault);
   }
   platform::Simulation simulation;
   simulation.clock = std::make_shared<platform::ScaledClock>(options.clockFactor);

@@ -4,13 +4,14 @@
 #include <sys/sysctl.h>
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstdint>
 #include <vector>
 
+#include "base/NumberText.h"
 #include "base/ScopeGuard.h"
 #include "base/Text.h"
+#include "host/Exit.h"
 #include "host/MachineChoice.h"
 #include "platform/PowerSource.h"
 #include "platform/machine/MachineFile.h"
@@ -20,8 +21,6 @@
 namespace halvarin::host {
 
 namespace {
-
-constexpr std::size_t kTextBytes = 256;
 
 /// A connection of the program's own to the controller.
 class Controller {
@@ -83,8 +82,19 @@ platform::RecordedKey recordKey(const Controller& controller, std::uint32_t wire
   return key;
 }
 
+/// Ends the program: half a machine must not pass for a whole one.
+[[noreturn]] void refuseShortened(std::size_t keys, kern_return_t status) {
+  throw ExitError(Exit::noMachine, "the controller stopped answering after " +
+                                       std::to_string(keys) + " keys (status " +
+                                       hexText(static_cast<std::uint32_t>(status)) +
+                                       "); nothing was written");
+}
+
 std::uint32_t keyCount(const Controller& controller) {
   const platform::RecordedKey key = recordKey(controller, swappedCode(recordInteger("#KEY")));
+  if (key.status != 0) {
+    refuseShortened(0, key.status);
+  }
   std::uint32_t count = 0;
   for (const std::uint8_t byte : key.bytes) {
     count = (count << 8U) | byte;
@@ -100,7 +110,10 @@ std::vector<platform::RecordedKey> recordKeys(const Controller& controller) {
   const std::uint32_t count = keyCount(controller);
   for (std::uint32_t index = 0; index < count; ++index) {
     request.data32 = index;
-    if (controller.call(request, reply) == 0 && reply.result == 0) {
+    if (const kern_return_t status = controller.call(request, reply); status != 0) {
+      refuseShortened(keys.size(), status);
+    }
+    if (reply.result == 0) {
       keys.push_back(recordKey(controller, reply.key));
     }
   }
@@ -117,13 +130,15 @@ std::uint32_t logicalProcessors() {
 }  // namespace
 
 std::string systemText(const char* name) {
-  std::array<char, kTextBytes> buffer{};
-  std::size_t length = buffer.size();
-  if (sysctlbyname(name, buffer.data(), &length, nullptr, 0) != 0) {
+  std::size_t length = 0;
+  if (sysctlbyname(name, nullptr, &length, nullptr, 0) != 0) {
     return {};
   }
-  buffer.back() = '\0';
-  return std::string(trimmed(buffer.data()));
+  std::string text(length, '\0');
+  if (sysctlbyname(name, text.data(), &length, nullptr, 0) != 0) {
+    return {};
+  }
+  return std::string(trimmed(text.c_str()));
 }
 
 std::string dumpMachine(const Options& options) {

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <string>
 
+#include "database/SensorDatabase.h"
 #include "host/RecordJson.h"
 #include "host/Table.h"
 #include "host/Terminal.h"
@@ -21,9 +22,9 @@ struct Model {
 
 Model modelFrom(const Dictionary::Entry& entry) {
   const DictionaryRef model = entry.second.dictionary();
-  const DictionaryRef sensors = model->get("Sensors").dictionary();
-  return {entry.first.string(), model->get("Name").text().string(),
-          model->get("Chip").text().string(), sensors ? sensors->count() : 0};
+  const DictionaryRef sensors = model->get(database::kSensors).dictionary();
+  return {entry.first.string(), model->get(database::kName).text().string(),
+          model->get(database::kChip).text().string(), sensors ? sensors->count() : 0};
 }
 
 }  // namespace

@@ -12,33 +12,31 @@
 #include "base/NumberText.h"
 #include "host/Exit.h"
 #include "platform/machine/BuiltInMachine.h"
+#include "sensors/SensorCategory.h"
 
 namespace halvarin::host {
 
 namespace {
 
-constexpr std::array<std::string_view, 9> kCategories{"temperature", "voltage",     "current",
-                                                      "power",       "light",       "motion",
-                                                      "magnetic",    "calibration", "fans"};
-
 /// The texts of the command line, before they are understood.
 struct RawOptions {
   std::string machine = "this";
-  std::string latency;
+  std::optional<std::string> latency;
   double clockFactor = 1;
   std::vector<std::string> faults;
-  std::string category;
-  std::string keyPattern;
+  std::optional<std::string> category;
+  std::optional<std::string> keyPattern;
+  std::optional<std::string> journal;
 };
 
 [[noreturn]] void refuse(const std::string& line) {
   throw ExitError(Exit::usage, line);
 }
 
-std::string listed(const auto& words) {
+std::string listedCategories() {
   std::string text;
-  for (const std::string_view word : words) {
-    text += (text.empty() ? "" : ", ") + std::string(word);
+  for (const SensorCategory& category : kSensorCategories) {
+    text += (text.empty() ? "" : ", ") + std::string(category.name);
   }
   return text;
 }
@@ -71,43 +69,32 @@ std::chrono::nanoseconds latencyOption(const std::string& text) {
   };
   constexpr std::array<Unit, 4> kUnits{{{"ns", 1}, {"us", 1e3}, {"ms", 1e6}, {"s", 1e9}}};
   constexpr double kMostNanoseconds = 60e9;
-  if (text.empty()) {
-    return {};
-  }
   const std::size_t unitAt = std::min(text.find_first_not_of("0123456789."), text.size());
-  const std::string number = text.substr(0, unitAt);
+  const auto number = wholeDecimal(std::string_view(text).substr(0, unitAt));
   for (const Unit& unit : kUnits) {
-    if (unit.name == std::string_view(text).substr(unitAt) &&
-        number.find_first_of("0123456789") != std::string::npos) {
-      const double time = decimalReading(number) * unit.nanoseconds;
-      if (time <= kMostNanoseconds) {
-        return std::chrono::nanoseconds(std::llround(time));
-      }
+    const bool fits = number && unit.name == std::string_view(text).substr(unitAt);
+    if (fits && *number * unit.nanoseconds <= kMostNanoseconds) {
+      return std::chrono::nanoseconds(std::llround(*number * unit.nanoseconds));
     }
   }
   refuse("--latency takes a time up to 60s with its unit, as in 100us, 2ms or 0.5s, not \"" + text +
          "\"");
 }
 
-std::optional<std::string> categoryOption(const std::string& text) {
-  if (text.empty()) {
-    return std::nullopt;
+void checkCategory(const std::string& text) {
+  const bool known =
+      std::any_of(kSensorCategories.begin(), kSensorCategories.end(),
+                  [&](const SensorCategory& category) { return category.name == text; });
+  if (!known) {
+    refuse("there is no category \"" + text + "\"; there are: " + listedCategories());
   }
-  if (std::find(kCategories.begin(), kCategories.end(), text) == kCategories.end()) {
-    refuse("there is no category \"" + text + "\"; there are: " + listed(kCategories));
-  }
-  return text;
 }
 
-std::optional<std::string> patternOption(const std::string& text) {
-  if (text.empty()) {
-    return std::nullopt;
-  }
+void checkPattern(const std::string& text) {
   if (!likeCanMatchLength(text, 4)) {
     refuse("no key can match \"" + text +
            "\": keys have four characters; ? stands for one, * for any number of them");
   }
-  return text;
 }
 
 void checkTogether(const Options& options) {
@@ -116,8 +103,11 @@ void checkTogether(const Options& options) {
   if (simulates && options.machine.kind == MachineOption::Kind::thisComputer) {
     refuse("--latency, --clock, --fault and --journal need --machine simulated or file:PATH");
   }
-  if (!std::isfinite(options.clockFactor) || options.clockFactor < 0) {
-    refuse("--clock takes a factor of 0 or more");
+  constexpr double kSlowest = 0.001;
+  constexpr double kFastest = 1e6;
+  if (options.clockFactor != 0 &&
+      !(options.clockFactor >= kSlowest && options.clockFactor <= kFastest)) {
+    refuse("--clock takes 0 or a factor from 0.001 to 1000000");
   }
   if (options.allKeys && options.category) {
     refuse("--all-keys reads every key: it goes without a category");
@@ -129,13 +119,25 @@ void checkTogether(const Options& options) {
 
 Options understood(Options options, const RawOptions& raw) {
   options.machine = machineOption(raw.machine);
-  options.latency = latencyOption(raw.latency);
+  if (raw.latency) {
+    options.latency = latencyOption(*raw.latency);
+  }
+  if (raw.journal && raw.journal->empty()) {
+    refuse("--journal takes the path of a file");
+  }
+  options.journalPath = raw.journal.value_or("");
   options.clockFactor = raw.clockFactor;
   for (const std::string& fault : raw.faults) {
     options.faults.push_back(parseFault(fault));
   }
-  options.category = categoryOption(raw.category);
-  options.keyPattern = patternOption(raw.keyPattern);
+  if (raw.category) {
+    checkCategory(*raw.category);
+  }
+  if (raw.keyPattern) {
+    checkPattern(*raw.keyPattern);
+  }
+  options.category = raw.category;
+  options.keyPattern = raw.keyPattern;
   checkTogether(options);
   return options;
 }
@@ -150,7 +152,7 @@ void addGlobalOptions(CLI::App& app, Options& options, RawOptions& raw) {
   app.add_option("--fault", raw.faults,
                  "simulated machines: KEY=VALUE, KEY=error:STATUS or vanish:N; may be repeated")
       ->allow_extra_args(false);
-  app.add_option("--journal", options.journalPath,
+  app.add_option("--journal", raw.journal,
                  "simulated machines: write every call that the machine gets to a file");
   app.add_flag("--verbose", options.verbose, "show all log lines");
   app.add_flag_callback(
@@ -164,7 +166,7 @@ void addGlobalOptions(CLI::App& app, Options& options, RawOptions& raw) {
 
 void addCommands(CLI::App& app, Options& options, RawOptions& raw) {
   auto* sensors = app.add_subcommand("sensors", "every sensor with value, unit, limits, verdict");
-  sensors->add_option("CATEGORY", raw.category, listed(kCategories));
+  sensors->add_option("CATEGORY", raw.category, listedCategories());
   sensors->add_flag("--all-keys", options.allKeys, "every key of the controller, described or not");
   sensors->add_flag("--json", options.json, "one JSON value instead of a table");
   sensors->callback([&options] { options.command = Command::sensors; });
@@ -192,7 +194,10 @@ std::optional<Options> parseOptions(int argumentCount, const char* const* argume
   RawOptions raw;
   CLI::App app("Reads, judges and shows the sensors of a Macintosh computer.", "halvarin");
   app.fallthrough();
-  app.footer("Exits: 0 fine, 1 a test failed, 2 wrong usage, 3 no SMC or machine file unreadable.");
+  app.require_subcommand(0, 1);
+  app.footer(
+      "Exits: 0 fine, 1 a test failed, 2 wrong usage, 3 no SMC or machine file unreadable,\n"
+      "6 the output could not be written.");
   addGlobalOptions(app, options, raw);
   addCommands(app, options, raw);
   try {

@@ -1,6 +1,6 @@
 #include "host/SensorsCommand.h"
 
-#include <array>
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <string_view>
@@ -13,6 +13,7 @@
 #include "host/VerdictText.h"
 #include "platform/SystemLog.h"
 #include "sensors/QXHalvarin.h"
+#include "sensors/SensorCategory.h"
 #include "sensors/SensorRecord.h"
 #include "smc/KeyRecord.h"
 
@@ -32,10 +33,6 @@ struct Readings {
   std::vector<Reading> all;
 };
 
-constexpr std::string_view kCategoryOrder[] = {"temperature", "voltage",     "current",
-                                               "power",       "light",       "motion",
-                                               "magnetic",    "calibration", "fans"};
-
 void appendAll(const ArrayRef& records, const std::string& category, std::vector<Reading>& all) {
   for (const Value& each : records->elements()) {
     all.push_back({each.dictionary(), category});
@@ -43,7 +40,7 @@ void appendAll(const ArrayRef& records, const std::string& category, std::vector
 }
 
 std::string categoryOf(const QXHalvarin& facade, const DictionaryRef& record) {
-  for (const std::string_view category : kCategoryOrder) {
+  for (const auto& [category, pattern, described] : kSensorCategories) {
     for (const Value& each : facade.sensorKeys()->get(category).array()->elements()) {
       if (each.dictionary() == record) {
         return std::string(category);
@@ -80,7 +77,7 @@ Readings takeReadings(QXHalvarin& facade, const Options& options) {
     readAllKeys(facade, options, readings);
     return readings;
   }
-  for (const std::string_view category : kCategoryOrder) {
+  for (const auto& [category, pattern, described] : kSensorCategories) {
     if (!options.category || *options.category == category) {
       appendAll(facade.readSensorsOfType(category, readings.onMains), std::string(category),
                 readings.all);
@@ -113,7 +110,7 @@ std::vector<Cell> rowOf(const Dictionary& record, bool onMains) {
           {shown(record, record::kValue)},
           {unit},
           {limitsOf(record)},
-          verdictOf(record, onMains)};
+          verdictCell(verdictOf(record, onMains))};
 }
 
 Table sensorTable() {
@@ -121,15 +118,21 @@ Table sensorTable() {
       {{"Key"}, {"Description"}, {"Value", Align::right}, {"Unit"}, {"Limits"}, {"Verdict"}});
 }
 
+std::size_t countOf(const Readings& readings, Finding finding) {
+  return static_cast<std::size_t>(
+      std::count_if(readings.all.begin(), readings.all.end(), [&](const Reading& each) {
+        return verdictOf(*each.record, readings.onMains).finding == finding;
+      }));
+}
+
 void printSummary(const Readings& readings) {
-  std::size_t outside = 0;
-  for (const Reading& each : readings.all) {
-    outside += isOutside(*each.record) ? std::size_t{1} : 0;
-  }
+  const std::size_t outside = countOf(readings, Finding::outside);
+  const std::size_t notRead = countOf(readings, Finding::notRead);
   std::cout << "\n"
             << readings.all.size() << (readings.all.size() == 1 ? " sensor, " : " sensors, ")
             << (outside == 0 ? "none" : std::to_string(outside)) << " outside "
-            << (outside == 1 ? "its" : "their") << " limits\n";
+            << (outside == 1 ? "its" : "their") << " limits"
+            << (notRead == 0 ? "" : ", " + std::to_string(notRead) + " not read") << "\n";
 }
 
 void printReadingsTables(const Readings& readings, bool allKeys) {

@@ -29,7 +29,6 @@ class Table {
 
   /// A row has as many cells as the table has columns.
   void addRow(std::vector<Cell> cells) { rows_.push_back(std::move(cells)); }
-  [[nodiscard]] bool empty() const { return rows_.empty(); }
 
   /// Colour says nothing that the text does not say.
   void print(std::ostream& out, bool colour) const;

@@ -16,10 +16,13 @@ bool mayColour() {
 std::string printable(std::string_view text) {
   const bool isText = utf16(text).has_value();
   std::string shown(text);
-  for (char& character : shown) {
-    const auto byte = static_cast<unsigned char>(character);
+  for (std::size_t i = 0; i < shown.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(shown[i]);
     if (byte < 0x20 || byte == 0x7F || (!isText && byte >= 0x80)) {
-      character = '?';
+      shown[i] = '?';
+    } else if (byte == 0xC2 && static_cast<unsigned char>(shown[i + 1]) < 0xA0) {
+      // U+0080 to U+009F: some terminals take these for the beginning of a command.
+      shown.replace(i, 2, "?");
     }
   }
   return shown;

@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "base/NumberText.h"
 #include "sensors/SensorRecord.h"
 #include "smc/KeyRecord.h"
 
@@ -10,36 +9,59 @@ namespace halvarin::host {
 
 namespace {
 
-Cell outsideCell(double value, double low) {
+/// Temperature sensors report these whole numbers for what is no temperature: not fitted, not
+/// started, not stable, below what can be measured.
+bool standsForNoReading(const Dictionary& record, double value) {
+  constexpr double kLowestCode = -128;
+  constexpr double kHighestCode = -124;
+  return record.get(record::kUnit).textView() == "oC" && value >= kLowestCode &&
+         value <= kHighestCode && std::trunc(value) == value;
+}
+
+Verdict outsideVerdict(double value, double low) {
   if (std::isnan(value)) {
-    return {"not a number", Tone::bad};
+    return {Finding::outside, "not a number"};
   }
-  return {value < low ? "too low" : "too high", Tone::bad};
+  return {Finding::outside, value < low ? "too low" : "too high"};
 }
 
 }  // namespace
 
-bool isOutside(const Dictionary& record) {
-  const Value inside = record.get(record::kIsInsideLimits);
-  return record.get(record::kError).intValue() == 0 && !inside.isNothing() && !inside.boolValue();
-}
-
-Cell verdictOf(const Dictionary& record, bool onMains) {
-  const auto [error, value, low, high, mainsOnly] = record.getEach(std::array{
-      record::kError, record::kValue, record::kLowLimit, record::kHighLimit, record::kACqualified});
-  if (error.isNothing() || error.intValue() != 0) {
-    return {"not read", Tone::bad};
+Verdict verdictOf(const Dictionary& record, bool onMains) {
+  const auto [error, value, low, high, mainsOnly, inside] =
+      record.getEach(std::array{record::kError, record::kValue, record::kLowLimit,
+                                record::kHighLimit, record::kACqualified, record::kIsInsideLimits});
+  // A value that is no text was read but never decoded: a fault ended the reading before it.
+  if (error.isNothing() || error.intValue() != 0 || !value.isText()) {
+    return {Finding::notRead, "not read"};
   }
-  if (isOutside(record)) {
-    return outsideCell(value.doubleValue(), low.doubleValue());
+  if (standsForNoReading(record, value.doubleValue())) {
+    return {Finding::notJudged, "no reading"};
+  }
+  if (!inside.isNothing() && !inside.boolValue()) {
+    return outsideVerdict(value.doubleValue(), low.doubleValue());
   }
   if (low.textView().empty() || high.textView().empty()) {
-    return {"no limits"};
+    return {Finding::notJudged, "no limits"};
   }
   if (value.textView().empty()) {
-    return {"no value"};
+    return {Finding::notJudged, "no value"};
   }
-  return mainsOnly.boolValue() && !onMains ? Cell{"on mains only"} : Cell{"ok", Tone::good};
+  return mainsOnly.boolValue() && !onMains ? Verdict{Finding::notJudged, "on mains only"}
+                                           : Verdict{Finding::inside, "ok"};
+}
+
+Cell verdictCell(const Verdict& verdict) {
+  switch (verdict.finding) {
+    case Finding::inside:
+      return {verdict.text, Tone::good};
+    case Finding::outside:
+    case Finding::notRead:
+      return {verdict.text, Tone::bad};
+    case Finding::notJudged:
+      break;
+  }
+  return {verdict.text, Tone::plain};
 }
 
 std::string limitsOf(const Dictionary& record) {

@@ -7,13 +7,20 @@
 
 namespace halvarin::host {
 
-/// What the verdict of a freshly read key record means to a person: "ok", "too low", "too high",
-/// "not a number", "on mains only" (limits not applied now), "no limits", "no value", or "not read"
-/// after a failed transfer.
-[[nodiscard]] Cell verdictOf(const Dictionary& record, bool onMains);
+/// What became of a key in the latest reading, for a person.
+enum class Finding { inside, outside, notJudged, notRead };
 
-/// Whether the reading is outside its limits.
-[[nodiscard]] bool isOutside(const Dictionary& record);
+struct Verdict {
+  Finding finding = Finding::notJudged;
+  /// "ok"; "too low", "too high", "not a number"; "no limits", "no value", "no reading" (a sensor
+  /// that is not fitted), "on mains only" (limits not applied now); "not read".
+  std::string text;
+};
+
+[[nodiscard]] Verdict verdictOf(const Dictionary& record, bool onMains);
+
+/// The verdict as a place of a table.
+[[nodiscard]] Cell verdictCell(const Verdict& verdict);
 
 /// "0 to 50", "" without limits.
 [[nodiscard]] std::string limitsOf(const Dictionary& record);

@@ -6,6 +6,7 @@
 #include "host/ModelsCommand.h"
 #include "host/Options.h"
 #include "host/SensorsCommand.h"
+#include "host/Terminal.h"
 
 namespace {
 
@@ -30,15 +31,23 @@ Exit runReported(int argumentCount, const char* const* arguments) {
     const auto options = halvarin::host::parseOptions(argumentCount, arguments);
     return options ? run(*options) : Exit::fine;
   } catch (const halvarin::host::ExitError& error) {
-    std::cerr << "halvarin: " << error.what() << "\n";
+    std::cerr << "halvarin: " << halvarin::host::printable(error.what()) << "\n";
     return error.exit();
+  } catch (const std::exception& error) {
+    std::cerr << "halvarin: internal fault: " << halvarin::host::printable(error.what()) << "\n";
+    return Exit::ownFailure;
   }
 }
 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  const Exit exit = runReported(argumentCount, arguments);
+  Exit exit = runReported(argumentCount, arguments);
   std::cout.flush();
+  // A shortened list or dump must not look like a whole one.
+  if (!std::cout && exit == Exit::fine) {
+    std::cerr << "halvarin: the output could not be written\n";
+    exit = Exit::ownFailure;
+  }
   return static_cast<int>(exit);
 }

@@ -1,5 +1,6 @@
 #include "sensors/CategoryReader.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -10,6 +11,7 @@
 #include "sensors/LimitVerdict.h"
 #include "sensors/SensorRecord.h"
 #include "sensors/ValueDecoder.h"
+#include "smc/IntegerReading.h"
 #include "smc/KeyRecord.h"
 
 namespace halvarin {
@@ -36,12 +38,25 @@ void logFault(const Exception& fault, const Reached& reached) {
   platform::systemLog(" ");
 }
 
+/// The integer reading. An overlapping walk may have replaced it by its text already; the bytes
+/// that it was made from are still there.
+std::int64_t integerOf(const Value& value, const Value& type, const Value& size,
+                       const Value& bytes) {
+  if (value.isInteger()) {
+    return value.longLongValue();
+  }
+  std::array<std::uint8_t, 32> delivered{};
+  const Data data = bytes.data();
+  std::copy_n(data.bytes().begin(), std::min(data.size(), delivered.size()), delivered.begin());
+  return smcIntegerReading(type.textView(), size.longLongValue(), delivered);
+}
+
 void decodeAndJudge(Dictionary& read, bool onMains) {
   const auto [type, size, value, bytes, low, high, mainsOnly] = read.getEach(
       std::array{record::kDataType, record::kDataSize, record::kValue, record::kDataBytes,
                  record::kLowLimit, record::kHighLimit, record::kACqualified});
-  const std::string text =
-      decodeReading({type.textView(), size.longLongValue(), value.longLongValue(), bytes.data()});
+  const std::string text = decodeReading(
+      {type.textView(), size.longLongValue(), integerOf(value, type, size, bytes), bytes.data()});
   const bool inside =
       isInsideLimits(text, low.textView(), high.textView(), mainsOnly.boolValue(), onMains);
   read.setEach(std::array<Dictionary::Update, 2>{

@@ -10,8 +10,9 @@
 #include "database/SensorDatabase.h"
 #include "platform/OwnImage.h"
 #include "platform/PropertyList.h"
+#include "sensors/CategoryDescription.h"
 #include "sensors/CategoryReader.h"
-#include "sensors/SensorCategories.h"
+#include "sensors/SensorCategory.h"
 #include "sensors/ValueDecoder.h"
 
 namespace halvarin {
@@ -31,6 +32,14 @@ DictionaryRef loadDatabase() {
 DictionaryRef sensorTableOf(const DictionaryRef& database, std::string_view model) {
   const DictionaryRef entry = database ? database->get(model).dictionary() : nullptr;
   return entry ? entry->get(database::kSensors).dictionary() : nullptr;
+}
+
+ArrayRef categoryArray(const DictionaryRef& categories, std::string_view name) {
+  return categories ? categories->get(name).array() : nullptr;
+}
+
+ArrayRef copyOf(const ArrayRef& records) {
+  return records ? records->copy() : Array::make();
 }
 
 }  // namespace
@@ -63,11 +72,11 @@ void QXHalvarin::initializeSensorKeys() {
 }
 
 ArrayRef QXHalvarin::getSMCKeysLike(std::string_view pattern, bool withDescription) {
-  return describeMatching(*smcKeys(), sensorDict(), pattern, withDescription);
+  return describeMatching(smcKeys(), sensorDict(), pattern, withDescription);
 }
 
 ArrayRef QXHalvarin::readSensorsOfType(std::optional<std::string_view> type, bool ACpwr) {
-  const ArrayRef records = type ? sensorKeys()->get(*type).array() : smcKeys()->copy();
+  const ArrayRef records = type ? categoryArray(sensorKeys(), *type) : copyOf(smcKeys());
   if (!records) {
     return nullptr;
   }

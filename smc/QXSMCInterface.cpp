@@ -143,6 +143,9 @@ DictionaryRef QXSMCInterface::SMCReadKey(std::string_view key) {
 std::int32_t QXSMCInterface::SMCWriteKey(std::string_view key, std::uint32_t data,
                                          std::uint32_t size) {
   const std::shared_ptr<Mutex> writeLock = smcWriteLock();
+  if (!writeLock) {
+    return writeOnce(key, data, size);
+  }
   const MutexLock lock(*writeLock);
   return writeOnce(key, data, size);
 }
@@ -151,9 +154,14 @@ DictionaryRef QXSMCInterface::listSMCKeys() {
   return listKeyRecords();
 }
 
+Dictionary::Entries QXSMCInterface::tableEntries() const {
+  const DictionaryRef table = keyDict();
+  return table ? table->entries() : Dictionary::Entries();
+}
+
 ArrayRef QXSMCInterface::listKeys() const {
   std::vector<Value> records;
-  for (const auto& [key, record] : keyDict()->entries()) {
+  for (const auto& [key, record] : tableEntries()) {
     records.push_back(record);
   }
   return Array::make(std::move(records));
@@ -165,9 +173,11 @@ ArrayRef QXSMCInterface::listKeysWithData() {
     Value record;
   };
   std::vector<Indexed> records;
-  for (const auto& [key, listed] : keyDict()->entries()) {
+  for (const auto& [key, listed] : tableEntries()) {
     const DictionaryRef record = listed.dictionary();
-    if (const DictionaryRef read = SMCReadKey(key.view())) {
+    // What comes back is the record itself, unless the table was exchanged meanwhile.
+    const DictionaryRef read = SMCReadKey(key.view());
+    if (read && read != record) {
       record->addEntriesFrom(*read);
     }
     records.push_back({record->get(record::kIndex).text(), record});

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/Array.h"
 #include "base/AtomicProperty.h"
 #include "base/Dictionary.h"
 #include "base/Export.h"
@@ -81,6 +82,7 @@ class HALVARIN_EXPORT QXSMCInterface : public std::enable_shared_from_this<QXSMC
  private:
   QXSMCInterface() = default;
   [[nodiscard]] bool start();
+  [[nodiscard]] Dictionary::Entries tableEntries() const;
   void observeTermination();
   [[nodiscard]] std::uint32_t readUnsigned(std::string_view key);
 

@@ -22,7 +22,6 @@ class KeyTable {
 
   /// The key of a name; null when there is none.
   [[nodiscard]] RecordedKey* find(const FourBytes& code);
-  [[nodiscard]] const std::vector<RecordedKey>& keys() const { return keys_; }
 
  private:
   [[nodiscard]] ControllerReply read(const ControllerRequest& request);

@@ -4,12 +4,11 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <unordered_set>
 #include <utility>
 
+#include "base/FileBytes.h"
 #include "base/NumberText.h"
 #include "base/Text.h"
 #include "platform/machine/MachineFileLine.h"
@@ -229,16 +228,11 @@ std::variant<RecordedMachine, MachineFileError> parseMachineFile(std::string_vie
 }
 
 std::variant<RecordedMachine, MachineFileError> readMachineFile(const std::string& path) {
-  std::error_code ignored;
-  if (std::filesystem::is_directory(path, ignored)) {
-    return MachineFileError{path, 0, "this is a folder, not a machine file"};
-  }
-  std::ifstream file(path, std::ios::binary);
-  if (!file) {
+  const auto text = fileBytes(path);
+  if (!text) {
     return MachineFileError{path, 0, "cannot be read: " + std::string(std::strerror(errno))};
   }
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
-  return parseMachineFile(text, path);
+  return parseMachineFile(*text, path);
 }
 
 std::string writeMachineFile(const RecordedMachine& machine) {

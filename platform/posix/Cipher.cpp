@@ -23,21 +23,30 @@ using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_f
 
 enum class Direction : int { decipher = 0, encipher = 1 };
 
-std::string takeLibraryError() {
+/// Keeps the errors of this library call apart from those that the host has in the thread's queue.
+class ErrorScope {
+ public:
+  ErrorScope() { ERR_set_mark(); }
+  ~ErrorScope() { ERR_pop_to_mark(); }
+  ErrorScope(const ErrorScope&) = delete;
+  ErrorScope& operator=(const ErrorScope&) = delete;
+};
+
+std::string lastLibraryError() {
   std::array<char, 256> text{};
-  ERR_error_string_n(ERR_get_error(), text.data(), text.size());
-  ERR_clear_error();
+  ERR_error_string_n(ERR_peek_last_error(), text.data(), text.size());
   return text.data();
 }
 
 std::optional<Data> fail(CipherFailure::Step step, CipherFailure& failure) {
-  failure = {step, takeLibraryError()};
+  failure = {step, lastLibraryError()};
   return std::nullopt;
 }
 
 std::optional<Data> transform(const CipherKey& key, const Data& input, Direction direction,
                               CipherFailure& failure) {
   constexpr std::array<std::uint8_t, 16> kZeroVector{};
+  const ErrorScope errors;
   const CipherContext context(EVP_CIPHER_CTX_new(), &EVP_CIPHER_CTX_free);
   if (!context || EVP_CipherInit_ex(context.get(), EVP_aes_128_cbc(), nullptr, key.bytes.data(),
                                     kZeroVector.data(), static_cast<int>(direction)) != 1) {
@@ -55,7 +64,8 @@ std::optional<Data> transform(const CipherKey& key, const Data& input, Direction
       EVP_CipherFinal_ex(context.get(), output.data() + written, &last) != 1) {
     return fail(CipherFailure::Step::execute, failure);
   }
-  return Data(std::span(output).first(static_cast<std::size_t>(written + last)));
+  return Data(
+      std::span(output).first(static_cast<std::size_t>(written) + static_cast<std::size_t>(last)));
 }
 
 }  // namespace

@@ -112,6 +112,15 @@ TEST(Keys, DumpOfEachRecordedMachineLoadsBackToIt) {
   }
 }
 
+TEST(Keys, DumpOfAMachineThatStopsAnsweringIsRefusedWhole) {
+  for (const char* fault : {"vanish:0", "vanish:1", "vanish:20", "vanish:1300"}) {
+    const ProgramRun run =
+        halvarinRun({"--machine", "simulated", "--fault", fault, "keys", "--dump"});
+    EXPECT_EQ(run.exit, 3) << fault;
+    EXPECT_EQ(run.out, "") << fault;
+  }
+}
+
 TEST(Keys, ReadingNeverWrites) {
   const std::string journal =
       (std::filesystem::temp_directory_path() / "halvarin-keys-test-journal").string();

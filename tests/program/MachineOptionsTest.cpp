@@ -56,7 +56,24 @@ TEST(MachineFileOption, EveryBrokenFileEndsWithExit3AndOneLine) {
 TEST(MachineFileOption, FolderIsNoMachineFile) {
   const ProgramRun run = halvarinRun({"--machine", machineFile("broken"), "keys"});
   EXPECT_EQ(run.exit, 3);
-  EXPECT_THAT(run.err, HasSubstr("this is a folder"));
+  EXPECT_THAT(run.err, HasSubstr("cannot be read: Is a directory"));
+}
+
+TEST(MachineFileOption, FileThatCannotBeReadToItsEndEndsWithExit3) {
+  if (!std::filesystem::exists("/proc/self/mem")) {
+    GTEST_SKIP() << "no file here opens and cannot be read";
+  }
+  const ProgramRun run = halvarinRun({"--machine", "file:/proc/self/mem", "keys"});
+  EXPECT_EQ(run.exit, 3);
+  EXPECT_THAT(run.err, HasSubstr("/proc/self/mem: cannot be read: "));
+}
+
+TEST(FaultOptionOnMachines, MachineWithoutKeysCanVanishAndItsCountCanFail) {
+  for (const char* fault : {"vanish:1", "#KEY=error:84"}) {
+    const ProgramRun run =
+        halvarinRun({"--machine", machineFile("empty-list.txt"), "--fault", fault, "keys"});
+    EXPECT_EQ(run.exit, 0) << fault << " " << run.err;
+  }
 }
 
 TEST(MachineFileOption, LongModelTextIsSaidAndReadsAsNone) {

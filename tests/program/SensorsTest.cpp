@@ -125,6 +125,13 @@ TEST(SensorsJson, FaultWhileDecodingIsLoggedApartFromTheJson) {
   EXPECT_EQ(ordered_json::parse(run.out)["sensors"].size(), 4U);
 }
 
+TEST(SensorsTable, KeysAfterAFaultWhileDecodingAreNotRead) {
+  const ProgramRun run =
+      halvarinRun({"--machine", machineFile("decoding-fault.txt"), "sensors", "--all-keys"});
+  EXPECT_THAT(run.out, testing::ContainsRegex("TC2P +not read"));
+  EXPECT_THAT(run.out, HasSubstr(" not read\n"));
+}
+
 TEST(SensorsJson, AnyOfOurMachinesGivesValidJson) {
   for (const char* file :
        {"battery.txt", "count-of-zero.txt", "crlf.txt", "decoding-fault.txt", "empty-list.txt",
@@ -176,7 +183,7 @@ TEST(SensorsFault, VanishedServiceShowsErrorsAndDoesNotCrash) {
       halvarinRun({"--machine", "simulated", "--fault", "vanish:1400", "sensors"});
   EXPECT_EQ(late.exit, 0);
   EXPECT_THAT(late.out, HasSubstr("error e00002c0"));
-  EXPECT_THAT(late.out, HasSubstr("not read"));
+  EXPECT_THAT(late.out, HasSubstr(" not read\n"));
   const ProgramRun atOnce =
       halvarinRun({"--machine", "simulated", "--fault", "vanish:0", "sensors"});
   EXPECT_EQ(atOnce.exit, 3);

@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+
 #include <algorithm>
+#include <cstdlib>
 
 #include "tests/support/ProgramRun.h"
 
@@ -34,6 +37,9 @@ TEST(Usage, WrongCommandLinesAreRefusedWithOneLine) {
       {"unknown command", {"sensor"}, "the commands are sensors, keys and models"},
       {"unknown option", {"sensors", "--fast"}, "--fast"},
       {"unknown category", {"sensors", "noise"}, "there are: temperature, voltage"},
+      {"two commands", {"models", "sensors"}, "sensors"},
+      {"empty category", {"sensors", ""}, "there is no category \"\""},
+      {"empty pattern", {"keys", ""}, "no key can match \"\""},
       {"two categories", {"sensors", "fans", "light"}, "light"},
       {"category of all keys", {"sensors", "fans", "--all-keys"}, "without a category"},
       {"pattern too long", {"keys", "???????"}, "keys have four characters"},
@@ -64,7 +70,11 @@ TEST(Usage, WrongSimulationOptionsAreRefusedWithOneLine) {
       {"latency without a unit", with({"--latency", "5"}), "--latency takes a time"},
       {"latency without a number", with({"--latency", "ms"}), "--latency takes a time"},
       {"latency of an hour", with({"--latency", "3600s"}), "--latency takes a time"},
+      {"latency of two points", with({"--latency", "1.5.5ms"}), "--latency takes a time"},
+      {"empty latency", with({"--latency", ""}), "--latency takes a time"},
       {"clock backwards", with({"--clock", "-1"}), "--clock"},
+      {"clock without end", with({"--clock", "1e308"}), "--clock takes 0 or a factor"},
+      {"clock of almost nothing", with({"--clock", "1e-9"}), "--clock takes 0 or a factor"},
       {"clock of words", with({"--clock", "fast"}), "--clock"},
       {"fault of nothing", with({"--fault", "hot"}), "it takes KEY=VALUE"},
       {"fault of three characters", with({"--fault", "TC0=1"}), "four characters"},
@@ -77,6 +87,7 @@ TEST(Usage, WrongSimulationOptionsAreRefusedWithOneLine) {
       {"status of an unknown key", with({"--fault", "none=error:5"}),
        "this machine has no key \"none\""},
       {"fault of a type without numbers", with({"--fault", "F0ID=1"}), "holds no number"},
+      {"count of four billion", with({"--fault", "#KEY=4294967295"}), "65536 at most"},
       {"journal in no folder", with({"--journal", "/no/such/folder/journal"}),
        "/no/such/folder/journal cannot be written"},
   };
@@ -87,6 +98,19 @@ TEST(Usage, WrongSimulationOptionsAreRefusedWithOneLine) {
 
 TEST(Usage, UsageErrorsAreFoundBeforeTheMachineIsOpened) {
   expectRefused({"missing file", {"--machine", "file:/no/such", "sensors", "noise"}, "category"});
+}
+
+TEST(Usage, CommandsToTheTerminalInMessagesAreNotPassedOn) {
+  const ProgramRun run = halvarinRun({"sensors", "\033[2Jnoise"});
+  EXPECT_EQ(run.exit, 2);
+  EXPECT_THAT(run.err, HasSubstr("?[2Jnoise"));
+}
+
+TEST(Usage, OutputThatCannotBeWrittenEndsWithExit6) {
+  const std::string full = std::string("'") + HALVARIN_PROGRAM + "' models >/dev/full 2>/dev/null";
+  EXPECT_EQ(WEXITSTATUS(std::system(full.c_str())), 6);
+  const std::string closed = std::string("'") + HALVARIN_PROGRAM + "' models >&- 2>/dev/null";
+  EXPECT_EQ(WEXITSTATUS(std::system(closed.c_str())), 6);
 }
 
 TEST(Usage, VersionIsOneLine) {

@@ -91,7 +91,14 @@ TEST_P(RecordedMachine, RealSensorsDecodeToTheirPublishedReadings) {
   EXPECT_GT(compared, 20U);
 }
 
-TEST_P(RecordedMachine, HealthyMachineHasNoSensorOutsideItsLimits) {
+/// Whether a temperature is one of the codes for a sensor that is not fitted, not started or not
+/// stable. They are outside absolute limits, as they should be, and are no finding.
+bool standsForNoReading(const char* category, const Dictionary& record) {
+  const double value = record.get("value").doubleValue();
+  return *category == 't' && value >= -128 && value <= -124;
+}
+
+TEST_P(RecordedMachine, HealthyMachineHasNoReadingOutsideItsLimits) {
   const auto installed = installRecorded(GetParam());
   const auto facade = QXHalvarin::sharedHalvarin();
   ASSERT_TRUE(facade);
@@ -100,7 +107,7 @@ TEST_P(RecordedMachine, HealthyMachineHasNoSensorOutsideItsLimits) {
   for (const char* category : {"temperature", "voltage", "current", "power", "light"}) {
     for (const Value& each : facade->readSensorsOfType(category, onMains)->elements()) {
       const DictionaryRef record = each.dictionary();
-      const bool absent = *category == 't' && record->get("value").doubleValue() < 0;
+      const bool absent = standsForNoReading(category, *record);
       judged += record->has("isInsideLimits") && !absent ? std::size_t{1} : 0;
       EXPECT_TRUE(absent || !record->has("isInsideLimits") ||
                   record->get("isInsideLimits").boolValue())

@@ -24,7 +24,6 @@ typedef const struct __CFDictionary* CFDictionaryRef;
 
 #define KERN_SUCCESS 0
 #define KERN_FAILURE 5
-#define kIOReturnSuccess KERN_SUCCESS
 #define kIOReturnNoDevice ((kern_return_t)0xE00002C0)
 #define kIOReturnNotPrivileged ((kern_return_t)0xE00002C1)
 #define kIOReturnBadArgument ((kern_return_t)0xE00002C2)

@@ -426,6 +426,14 @@ TEST(NumberText, WritesBytesAsTwoUpperCaseDigitsEach) {
   EXPECT_EQ(hexBytes(bytes), "000FA05BFF");
 }
 
+TEST(NumberText, WholeDecimalTakesOneNumberAndNothingElse) {
+  EXPECT_EQ(wholeDecimal("-12.5e1"), -125.0);
+  EXPECT_EQ(wholeDecimal("5."), 5.0);
+  for (const char* text : {"", " 1", "1 ", "e5", "..5", "-.e5", "1-2", "1e5e5", "nan", "0x1"}) {
+    EXPECT_FALSE(wholeDecimal(text).has_value()) << text;
+  }
+}
+
 TEST(NumberText, WholeNumberTakesDigitsOfItsBaseAndNothingElse) {
   EXPECT_EQ(wholeNumber("0"), 0U);
   EXPECT_EQ(wholeNumber("0042"), 42U);

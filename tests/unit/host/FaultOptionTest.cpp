@@ -42,10 +42,29 @@ TEST(FaultOption, VanishingTakesANumberOfTransfers) {
 }
 
 TEST(FaultOption, EverythingElseIsRefused) {
-  for (const char* text :
-       {"", "TC0P", "TC0P=", "TC0=1", "TC0PP=1", "=1", "TC0P=warm", "TC0P=--1", "TC0P=.", "TC0P=e",
-        "TC0P=error:", "TC0P=error:0", "TC0P=error:xyz", "TC0P=error:1E00002C1",
-        "vanish:", "vanish:-1", "vanish:1.5", "vanish:99999999999999999999", "fan:0=stalled"}) {
+  for (const char* text : {"",
+                           "TC0P",
+                           "TC0P=",
+                           "TC0=1",
+                           "TC0PP=1",
+                           "=1",
+                           "TC0P=warm",
+                           "TC0P=--1",
+                           "TC0P=.",
+                           "TC0P=e",
+                           "TC0P=e5",
+                           "TC0P=..5",
+                           "TC0P=1-2",
+                           "TC0P=1e5e5",
+                           "TC0P=error:",
+                           "TC0P=error:0",
+                           "TC0P=error:xyz",
+                           "TC0P=error:1E00002C1",
+                           "vanish:",
+                           "vanish:-1",
+                           "vanish:1.5",
+                           "vanish:99999999999999999999",
+                           "fan:0=stalled"}) {
     EXPECT_THROW(static_cast<void>(parseFault(text)), host::ExitError) << text;
   }
 }

@@ -9,6 +9,9 @@ TEST(Terminal, CommandsToATerminalAreShownAsQuestionMarks) {
   EXPECT_EQ(host::printable("plain text"), "plain text");
   EXPECT_EQ(host::printable("a\033[2Jb\nc\x7F"), "a?[2Jb?c?");
   EXPECT_EQ(host::printable(std::string_view("a\0b", 3)), "a?b");
+  EXPECT_EQ(host::printable("a\xC2\x9B"
+                            "2Jb\xC2\xA0"),
+            "a?2Jb\xC2\xA0");
 }
 
 TEST(Terminal, TextBeyondAsciiIsKeptAndBytesThatAreNoTextAreNot) {

@@ -48,10 +48,33 @@ TEST(VerdictText, SaysWhatTheVerdictMeans) {
   }
 }
 
-TEST(VerdictText, OnlyAReadingCanBeOutside) {
-  EXPECT_TRUE(host::isOutside(*recordOf({"", 0, "60", "0", "50", false, false, false, ""})));
-  EXPECT_FALSE(host::isOutside(*recordOf({"", 5, "error 5", "0", "50", false, false, false, ""})));
-  EXPECT_FALSE(host::isOutside(*recordOf({"", 0, "60", "", "", Value(), false, false, ""})));
+TEST(VerdictText, TemperatureCodesOfMissingSensorsAreNoReadings) {
+  for (const char* code : {"-128.00", "-127.00", "-126.00", "-125.00", "-124.00"}) {
+    const auto record = recordOf({"", 0, code, "0", "100", false, false, false, ""});
+    record->set("unit", "oC");
+    EXPECT_EQ(host::verdictOf(*record, false).text, "no reading") << code;
+    EXPECT_EQ(host::verdictOf(*record, false).finding, host::Finding::notJudged);
+    record->set("unit", "A");
+    EXPECT_EQ(host::verdictOf(*record, false).text, "too low") << code;
+  }
+  for (const char* cold : {"-123.00", "-127.50", "-5.00", "-129.00"}) {
+    const auto record = recordOf({"", 0, cold, "0", "100", false, false, false, ""});
+    record->set("unit", "oC");
+    EXPECT_EQ(host::verdictOf(*record, false).text, "too low") << cold;
+  }
+}
+
+TEST(VerdictText, RecordThatWasNeverDecodedIsNotRead) {
+  const auto record = recordOf({"", 0, "", "0", "50", true, false, false, ""});
+  record->set("value", 18498);
+  EXPECT_EQ(host::verdictOf(*record, false).text, "not read");
+}
+
+TEST(VerdictText, ColoursGoodAndBadFindings) {
+  EXPECT_EQ(host::verdictCell({host::Finding::inside, "ok"}).tone, host::Tone::good);
+  EXPECT_EQ(host::verdictCell({host::Finding::outside, "too low"}).tone, host::Tone::bad);
+  EXPECT_EQ(host::verdictCell({host::Finding::notRead, "not read"}).tone, host::Tone::bad);
+  EXPECT_EQ(host::verdictCell({host::Finding::notJudged, "no limits"}).tone, host::Tone::plain);
 }
 
 TEST(VerdictText, LimitsAreShownTogetherOrNotAtAll) {

@@ -110,7 +110,7 @@ TEST(MachineFile, NamesAFileThatDoesNotExist) {
 
 TEST(MachineFile, NamesAFolder) {
   const std::string path = kMachines + "broken";
-  EXPECT_EQ(errorOf(readMachineFile(path)), path + ": this is a folder, not a machine file");
+  EXPECT_EQ(errorOf(readMachineFile(path)), path + ": cannot be read: Is a directory");
 }
 
 struct BrokenFile {

@@ -279,6 +279,17 @@ TEST(SMCWriteKey, FailedTransferGivesThePlatformsStatusAndClosesAllTheSame) {
   EXPECT_EQ(platform::handleCounts().connectionsClosed, 1U);
 }
 
+TEST(QXSMCInterface, AbsentTableAndLockAreNoFault) {
+  install(machineWith({key("FS! ", "ui16", {0, 0})}));
+  const auto smc = QXSMCInterface::init();
+  smc->setKeyDict(nullptr);
+  EXPECT_EQ(smc->SMCReadKey("FS! "), nullptr);
+  EXPECT_EQ(smc->listKeys()->count(), 0U);
+  EXPECT_EQ(smc->listKeysWithData()->count(), 0U);
+  smc->setSmcWriteLock(nullptr);
+  EXPECT_EQ(smc->SMCWriteKey("FS! ", 1, 2), 0);
+}
+
 TEST(SMCWriteKey, WritesOfSeveralThreadsNeverOverlap) {
   const auto tap = tapBefore({key("FS! ", "ui16", {0, 0})});
   const auto smc = QXSMCInterface::init();

@@ -1,7 +1,9 @@
-#include "sensors/SensorCategories.h"
+#include "sensors/CategoryDescription.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "sensors/SensorCategory.h"
 
 namespace halvarin::test {
 namespace {
@@ -44,7 +46,7 @@ DictionaryRef descriptorWith(std::initializer_list<std::pair<const char*, Value>
   return descriptor;
 }
 
-TEST(SensorCategories, AreNineInThisOrder) {
+TEST(CategoryDescription, AreNineInThisOrder) {
   std::vector<std::string> rows;
   for (const SensorCategory& category : kSensorCategories) {
     rows.push_back(std::string(category.name) + " " + std::string(category.pattern) +
@@ -55,25 +57,25 @@ TEST(SensorCategories, AreNineInThisOrder) {
                                 "fans F??? all"));
 }
 
-TEST(SensorCategories, PatternSelectsFourCharacterKeysOnly) {
+TEST(CategoryDescription, PatternSelectsFourCharacterKeysOnly) {
   const ArrayRef records = recordsOf({"MO_X", "MO_", "MO_XY", "mO_X", "MO-X", "MO_ "});
-  EXPECT_THAT(keysOf(describeMatching(*records, nullptr, "MO_?", false)),
+  EXPECT_THAT(keysOf(describeMatching(records, nullptr, "MO_?", false)),
               ElementsAre("MO_X", "MO_ "));
 }
 
-TEST(SensorCategories, RecordWithoutAKeyMatchesNothing) {
+TEST(CategoryDescription, RecordWithoutAKeyMatchesNothing) {
   auto records = Array::make({Dictionary::make()});
-  EXPECT_EQ(describeMatching(*records, nullptr, "*", false)->count(), 0U);
+  EXPECT_EQ(describeMatching(records, nullptr, "*", false)->count(), 0U);
 }
 
-TEST(SensorCategories, DescriptorIsCopiedIntoTheSharedRecord) {
+TEST(CategoryDescription, DescriptorIsCopiedIntoTheSharedRecord) {
   const ArrayRef records = recordsOf({"TC0P"});
   const auto table = tableWith("TC0P", descriptorWith({{"description", "CPU"},
                                                        {"unit", "oC"},
                                                        {"low limit", "0"},
                                                        {"high limit", "100"},
                                                        {"type", "Temperature"}}));
-  const ArrayRef matching = describeMatching(*records, table, "T???", true);
+  const ArrayRef matching = describeMatching(records, table, "T???", true);
   ASSERT_EQ(matching->count(), 1U);
   const DictionaryRef record = records->at(0).dictionary();
   EXPECT_EQ(matching->at(0).dictionary(), record);
@@ -85,9 +87,9 @@ TEST(SensorCategories, DescriptorIsCopiedIntoTheSharedRecord) {
   EXPECT_FALSE(record->has("type"));
 }
 
-TEST(SensorCategories, UndescribedRecordGetsFourEmptyTexts) {
+TEST(CategoryDescription, UndescribedRecordGetsFourEmptyTexts) {
   const ArrayRef records = recordsOf({"TC0P"});
-  EXPECT_EQ(describeMatching(*records, nullptr, "T???", true)->count(), 0U);
+  EXPECT_EQ(describeMatching(records, nullptr, "T???", true)->count(), 0U);
   const DictionaryRef record = records->at(0).dictionary();
   for (const char* entry : {"description", "unit", "low limit", "high limit"}) {
     EXPECT_EQ(record->get(entry), Value("")) << entry;
@@ -95,30 +97,30 @@ TEST(SensorCategories, UndescribedRecordGetsFourEmptyTexts) {
   EXPECT_EQ(record->count(), 5U);
 }
 
-TEST(SensorCategories, EmptyDescriptionDropsOut) {
+TEST(CategoryDescription, EmptyDescriptionDropsOut) {
   const ArrayRef records = recordsOf({"TC0P"});
   const auto table = tableWith("TC0P", descriptorWith({{"description", ""}, {"unit", "oC"}}));
-  EXPECT_EQ(describeMatching(*records, table, "T???", true)->count(), 0U);
+  EXPECT_EQ(describeMatching(records, table, "T???", true)->count(), 0U);
   EXPECT_EQ(records->at(0).dictionary()->get("unit"), Value("oC"));
 }
 
-TEST(SensorCategories, ACqualifiedIsTakenAsItIs) {
+TEST(CategoryDescription, ACqualifiedIsTakenAsItIs) {
   for (const Value& stated : {Value(true), Value(false), Value("YES")}) {
     const ArrayRef records = recordsOf({"TC0P"});
     const auto table =
         tableWith("TC0P", descriptorWith({{"description", "CPU"}, {"ACqualified", stated}}));
-    describeMatching(*records, table, "T???", true);
+    describeMatching(records, table, "T???", true);
     EXPECT_EQ(records->at(0).dictionary()->get("ACqualified"), stated);
   }
 }
 
-TEST(SensorCategories, DeliberateACqualifiedOnceSetStays) {
+TEST(CategoryDescription, DeliberateACqualifiedOnceSetStays) {
   const ArrayRef records = recordsOf({"TC0P"});
   const auto first =
       tableWith("TC0P", descriptorWith({{"description", "CPU"}, {"ACqualified", true}}));
-  describeMatching(*records, first, "T???", true);
+  describeMatching(records, first, "T???", true);
   const auto second = tableWith("TC0P", descriptorWith({{"description", "CPU die"}}));
-  describeMatching(*records, second, "T???", true);
+  describeMatching(records, second, "T???", true);
   EXPECT_EQ(records->at(0).dictionary()->get("description"), Value("CPU die"));
   EXPECT_EQ(records->at(0).dictionary()->get("ACqualified"), Value(true));
 }

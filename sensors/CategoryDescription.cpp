@@ -1,4 +1,6 @@
-#include "sensors/SensorCategories.h"
+#include "sensors/CategoryDescription.h"
+
+#include <array>
 
 #include "base/LikePattern.h"
 #include "database/SensorDatabase.h"
@@ -27,14 +29,18 @@ void describe(Dictionary& record, const DictionaryRef& descriptor) {
   }
 }
 
+ArrayElements elementsOf(const ArrayRef& records) {
+  return (records ? records : Array::make())->elements();
+}
+
 }  // namespace
 
-ArrayRef describeMatching(const Array& records, const DictionaryRef& sensorTable,
+ArrayRef describeMatching(const ArrayRef& records, const DictionaryRef& sensorTable,
                           std::string_view pattern, bool describedOnly) {
   std::vector<Value> matching;
-  for (const Value& each : records.elements()) {
+  for (const Value& each : elementsOf(records)) {
     const DictionaryRef record = each.dictionary();
-    const Value key = record->get(record::kKey);
+    const Value key = record ? record->get(record::kKey) : Value();
     if (key.isNothing() || !matchesLike(key.textView(), pattern)) {
       continue;
     }

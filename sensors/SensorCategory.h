@@ -3,9 +3,6 @@
 #include <array>
 #include <string_view>
 
-#include "base/Array.h"
-#include "base/Dictionary.h"
-
 namespace halvarin {
 
 /// A category of sensors: which keys belong to it.
@@ -15,7 +12,7 @@ struct SensorCategory {
   bool describedOnly;        // fans are needed whatever the database says
 };
 
-/// In the order in which they are built.
+/// All of them, in the order in which they are built.
 inline constexpr std::array<SensorCategory, 9> kSensorCategories{{
     {"temperature", "T???", true},
     {"voltage", "V???", true},
@@ -27,12 +24,5 @@ inline constexpr std::array<SensorCategory, 9> kSensorCategories{{
     {"calibration", "MSC?", true},
     {"fans", "F???", false},
 }};
-
-/// The records whose key matches a pattern, in their order, after the descriptor that a sensor
-/// table (null: none) has for each key was copied into it: "description", "unit", "high limit" and
-/// "low limit", "" where the table has none, and "ACqualified" only where it states one. With
-/// `describedOnly` records without a description are left out of the result.
-ArrayRef describeMatching(const Array& records, const DictionaryRef& sensorTable,
-                          std::string_view pattern, bool describedOnly);
 
 }  // namespace halvarin
