@@ -1,13 +1,14 @@
 # One folder, one layer, one object library with declared links. The shared library, the packer, the
 # tests and the benches link the same objects.
 
-set(HALVARIN_WARNINGS
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
-    -Woverloaded-virtual -Wcast-qual -Wformat=2 -Werror)
+set(HALVARIN_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wcast-qual
+                      -Wformat=2 -Werror)
 
 function(halvarin_compile target)
   target_compile_features(${target} PUBLIC cxx_std_20)
-  target_compile_options(${target} PRIVATE ${HALVARIN_WARNINGS})
+  target_compile_options(
+    ${target} PRIVATE ${HALVARIN_WARNINGS}
+                      $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Woverloaded-virtual>)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # g++ 12 takes "text" + string in its own library for an overlapping copy (its bug 105651).
     target_compile_options(${target} PRIVATE -Wno-restrict)
