@@ -9,5 +9,5 @@ test_packages=(
 )
 check_packages=(
   clang-14 clang-tidy-14 clang-format-14 libc++-14-dev libc++abi-14-dev libclang-rt-14-dev
-  binutils python3 tmux
+  git python3
 )

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <optional>
 
+#include "base/ByteOrder.h"
 #include "base/Exception.h"
 #include "base/NumberText.h"
 #include "base/Text.h"
@@ -27,12 +28,8 @@ std::uint32_t lowWord(const RawReading& reading) {
 
 // ---- numbers in "value" ------------------------------------------------------------------------
 
-std::uint32_t reversedBytes(std::uint32_t word) {
-  return (word << 24U) | ((word & 0xFF00U) << 8U) | ((word >> 8U) & 0xFF00U) | (word >> 24U);
-}
-
 std::string decodeFloat(const RawReading& reading) {
-  return fixedText(std::bit_cast<float>(reversedBytes(lowWord(reading))), 2);
+  return fixedText(std::bit_cast<float>(byteSwapped(lowWord(reading))), 2);
 }
 
 char fractionDigit(std::string_view dataType) {

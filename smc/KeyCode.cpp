@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/ByteOrder.h"
 #include "base/Text.h"
 
 namespace halvarin {
@@ -21,7 +22,7 @@ std::uint32_t recordInteger(std::string_view text) {
 }
 
 std::uint32_t swappedCode(std::uint32_t code) {
-  return (code << 24U) | ((code & 0xFF00U) << 8U) | ((code >> 8U) & 0xFF00U) | (code >> 24U);
+  return byteSwapped(code);
 }
 
 std::optional<std::string> codeText(std::uint32_t recordInteger) {

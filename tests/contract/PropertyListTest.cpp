@@ -2,21 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstdint>
-#include <cstdio>
 #include <limits>
 #include <random>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "base/Array.h"
 #include "base/Dictionary.h"
-#include "base/NumberText.h"
+#include "tests/contract/PropertyListSamples.h"
 
 namespace halvarin::test {
 namespace {
@@ -24,70 +22,6 @@ namespace {
 using platform::parsePropertyList;
 using platform::PropertyListFormat;
 using platform::writePropertyList;
-
-constexpr std::array<PropertyListFormat, 2> kFormats{PropertyListFormat::xml,
-                                                     PropertyListFormat::binary};
-
-const char* nameOf(PropertyListFormat format) {
-  return format == PropertyListFormat::xml ? "XML" : "binary";
-}
-
-std::string told(double number) {
-  std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%.17g", number);
-  return std::string(text.data()) + "r";
-}
-
-/// A value with everything in it as one text; looks into every deferred dictionary.
-std::string told(const Value& value) {
-  if (const DictionaryRef dictionary = value.dictionary()) {
-    std::string text = "{";
-    for (const auto& [name, entry] : dictionary->entries()) {
-      text += name.string() + "=" + told(entry) + ";";
-    }
-    return text + "}";
-  }
-  if (const ArrayRef array = value.array()) {
-    std::string text = "[";
-    for (const Value& element : array->elements()) {
-      text += told(element) + ";";
-    }
-    return text + "]";
-  }
-  if (value.isReal()) {
-    return told(value.doubleValue());
-  }
-  if (value.isBoolean()) {
-    return value.boolValue() ? "true" : "false";
-  }
-  return value.isText() ? "'" + value.text().string() + "'" : value.description();
-}
-
-Data written(const Value& value, PropertyListFormat format) {
-  const auto bytes = writePropertyList(value, format);
-  EXPECT_TRUE(bytes.has_value());
-  return bytes.value_or(Data());
-}
-
-Value parsed(std::string_view bytes) {
-  return parsePropertyList(Data(bytes));
-}
-
-DictionaryRef dictionaryOf(Dictionary::Entries entries) {
-  return std::make_shared<Dictionary>(std::move(entries));
-}
-
-/// One of every kind, with containers in containers.
-Value sample() {
-  const std::vector<std::uint8_t> bytes{0x00, 0xFF, 0x10};
-  return dictionaryOf({{"truth", true},
-                       {"number", -42},
-                       {"real", 1.5},
-                       {"text", "caf\xC3\xA9 <&>"},
-                       {"data", Data(bytes)},
-                       {"array", Array::make({1, "two", Array::make({3.5, false})})},
-                       {"dictionary", dictionaryOf({{"inner", Array::make()}})}});
-}
 
 struct KindRow {
   const char* name;
@@ -357,89 +291,6 @@ TEST(PropertyList, ThreadsMayLookIntoOneListForTheFirstTimeAtOnce) {
       thread.join();
     }
     ASSERT_EQ(right, 1200);
-  }
-}
-
-TEST(PropertyList, NoBeginningOfABinaryListIsAList) {
-  const Data whole = written(sample(), PropertyListFormat::binary);
-  for (std::size_t length = 0; length < whole.size(); ++length) {
-    const Value list = parsed(whole.view().substr(0, length));
-    ASSERT_TRUE(list.isNothing()) << "the first " << length << " of " << whole.size()
-                                  << " bytes read as " << told(list);
-  }
-}
-
-// What lies behind the value, the end mark of the list alone, is not asked for.
-TEST(PropertyList, NoXmlListThatEndsWithinItsValueIsAList) {
-  constexpr std::string_view kValueEnd = "</dict>";
-  const Data whole = written(sample(), PropertyListFormat::xml);
-  const std::size_t end = whole.view().rfind(kValueEnd);
-  ASSERT_NE(end, std::string_view::npos);
-  for (std::size_t length = 0; length < end + kValueEnd.size(); ++length) {
-    const Value list = parsed(whole.view().substr(0, length));
-    ASSERT_TRUE(list.isNothing()) << "the first " << length << " of " << whole.size()
-                                  << " bytes read as " << told(list);
-  }
-}
-
-TEST(PropertyList, AZeroCharacterInANameOrATextIsNoFault) {
-  // Names and texts with and without a letter beyond ASCII, which binary lists hold differently;
-  // each has a mark that nothing else in the list contains.
-  const Value list = dictionaryOf({{"a~b", 1},
-                                   {"\xC3\xA9|b", 2},
-                                   {"ascii", "c{d"},
-                                   {"other", "\xC3\xA9}d"},
-                                   {"array", Array::make({"x"})}});
-  for (const PropertyListFormat format : kFormats) {
-    SCOPED_TRACE(nameOf(format));
-    for (const char mark : {'~', '{', '}', '|'}) {
-      SCOPED_TRACE(mark);
-      std::string bytes(written(list, format).view());
-      ASSERT_EQ(std::count(bytes.begin(), bytes.end(), mark), 1);
-      std::replace(bytes.begin(), bytes.end(), mark, '\0');
-      const Value back = parsed(bytes);
-      EXPECT_TRUE(back.isNothing() || !told(back).empty());
-    }
-  }
-}
-
-/// Reads damaged copies of a list to the last entry; gives how many of them are still lists.
-int readDamaged(const Data& whole, std::uint32_t seed, int rounds) {
-  std::mt19937 random(seed);
-  int lists = 0;
-  for (int round = 0; round < rounds; ++round) {
-    std::string bytes(whole.view());
-    for (auto flips = 1 + random() % 3; flips > 0; --flips) {
-      char& byte = bytes[random() % bytes.size()];
-      byte = static_cast<char>(byte ^ (1 << random() % 8));
-    }
-    const Value list = parsed(bytes);
-    lists += list.isNothing() || told(list).empty() ? 0 : 1;
-  }
-  return lists;
-}
-
-TEST(PropertyList, DamagedBytesAreReadOrRefusedWithoutAFault) {
-  constexpr int kRounds = 3000;
-  for (const PropertyListFormat format : kFormats) {
-    SCOPED_TRACE(nameOf(format));
-    const int lists = readDamaged(written(sample(), format), 61, kRounds);
-    EXPECT_GT(lists, 0);
-    EXPECT_LT(lists, kRounds);
-  }
-}
-
-TEST(PropertyList, RandomBytesAreRefusedWithoutAFault) {
-  std::mt19937 random(62);
-  for (int round = 0; round < 2000; ++round) {
-    std::string bytes(random() % 100, '\0');
-    for (char& byte : bytes) {
-      byte = static_cast<char>(random());
-    }
-    for (const std::string_view head : {std::string_view(), std::string_view("bplist00")}) {
-      const Value list = parsed(std::string(head) + bytes);
-      ASSERT_TRUE(list.isNothing() || !told(list).empty());
-    }
   }
 }
 

@@ -4,100 +4,37 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <ostream>
-#include <random>
 #include <set>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <variant>
 #include <vector>
 
-#include "platform/machine/BuiltInMachine.h"
 #include "tests/support/Machines.h"
-#include "tests/support/SharedData.h"
+#include "tests/unit/platform/ParsedMachine.h"
 
 namespace halvarin::test {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 using platform::fourBytes;
 using platform::FourBytes;
 using platform::MachineFileError;
 using platform::parseMachineFile;
 using platform::readMachineFile;
-using platform::RecordedKey;
 using platform::RecordedMachine;
-using platform::writeMachineFile;
-
-using Parsed = std::variant<RecordedMachine, MachineFileError>;
-
-const std::string kMachines = HALVARIN_SOURCE_DIR "/tests/machines/";
 
 constexpr std::string_view kFanLine = "[FNum] type [ui8 ] 75693820 len [ 1] attr [80] -> 00\n";
 constexpr std::string_view kHeatLine = "[TC0P] type [sp78] 73703738 len [ 2] attr [80] -> 2800\n";
-
-std::string listOf(std::size_t count, const std::vector<std::string_view>& lines) {
-  std::string text = "Public keys (" + std::to_string(count) + "):\n";
-  for (const std::string_view line : lines) {
-    text += line;
-  }
-  return text;
-}
-
-std::string errorOf(const Parsed& parsed) {
-  const auto* error = std::get_if<MachineFileError>(&parsed);
-  return error == nullptr ? "(no error)" : error->message();
-}
-
-std::string errorIn(const std::string& text) {
-  return errorOf(parseMachineFile(text, "m.txt"));
-}
 
 RecordedMachine machineIn(const std::string& text) {
   const Parsed parsed = parseMachineFile(text, "folder/Name1,1.txt");
   EXPECT_TRUE(std::holds_alternative<RecordedMachine>(parsed)) << errorOf(parsed);
   const auto* machine = std::get_if<RecordedMachine>(&parsed);
   return machine == nullptr ? RecordedMachine{} : *machine;
-}
-
-RecordedMachine machineFrom(const std::string& file) {
-  const Parsed parsed = readMachineFile(kMachines + file);
-  EXPECT_TRUE(std::holds_alternative<RecordedMachine>(parsed)) << errorOf(parsed);
-  const auto* machine = std::get_if<RecordedMachine>(&parsed);
-  return machine == nullptr ? RecordedMachine{} : *machine;
-}
-
-RecordedKey keyOf(const RecordedMachine& machine, std::string_view code) {
-  const auto found =
-      std::find_if(machine.keys.begin(), machine.keys.end(),
-                   [&](const RecordedKey& each) { return each.code == fourBytes(code); });
-  EXPECT_NE(found, machine.keys.end()) << code;
-  return found == machine.keys.end() ? RecordedKey{} : *found;
-}
-
-std::set<std::string> textFilesIn(const fs::path& folder) {
-  std::set<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder)) {
-    if (entry.is_regular_file() && entry.path().extension() == ".txt") {
-      names.insert(entry.path().filename().string());
-    }
-  }
-  return names;
-}
-
-void expectReadsBack(const std::string& path) {
-  SCOPED_TRACE(path);
-  const Parsed first = readMachineFile(path);
-  ASSERT_TRUE(std::holds_alternative<RecordedMachine>(first)) << errorOf(first);
-  const auto& machine = std::get<RecordedMachine>(first);
-  const Parsed second = parseMachineFile(writeMachineFile(machine), "other.txt");
-  ASSERT_TRUE(std::holds_alternative<RecordedMachine>(second)) << errorOf(second);
-  EXPECT_EQ(std::get<RecordedMachine>(second), machine);
 }
 
 // ---- what cannot be taken
@@ -331,231 +268,6 @@ TEST(MachineFile, MakesFourBytesOfAnyText) {
   EXPECT_EQ(fourBytes("F0"), (FourBytes{'F', '0', '\0', '\0'}));
   EXPECT_EQ(fourBytes("F0AcX"), (FourBytes{'F', '0', 'A', 'c'}));
   EXPECT_EQ(fourBytes(""), FourBytes{});
-}
-
-// ---- the kept machines
-// ---------------------------------------------------------------------------
-
-TEST(KeptMachine, OfEachFileSaysFirstWhatItIsFor) {
-  for (const std::string& name : textFilesIn(kMachines)) {
-    const std::string text = fileText(kMachines + name);
-    const std::string first = text.substr(0, text.find('\n'));
-    EXPECT_GT(first.size(), 20U) << name;
-    for (const char* heading :
-         {"Model:", "Processor:", "LogicalProcessors:", "PowerSource:", "Public keys", "["}) {
-      EXPECT_NE(first.rfind(heading, 0), 0U) << name;
-    }
-  }
-}
-
-TEST(KeptMachine, OfEachFileReadsBackFromItsOwnText) {
-  const auto names = textFilesIn(kMachines);
-  EXPECT_GE(names.size(), 15U);
-  for (const std::string& name : names) {
-    expectReadsBack(kMachines + name);
-  }
-}
-
-TEST(KeptMachine, HealthyIsALaptopOfTwoFans) {
-  const RecordedMachine machine = machineFrom("healthy.txt");
-  EXPECT_EQ(machine.model, "MacBookPro15,1");
-  EXPECT_EQ(machine.logicalProcessors, 12U);
-  EXPECT_EQ(machine.keys.size(), 21U);
-  EXPECT_EQ(keyOf(machine, "#KEY").bytes, (Bytes{0, 0, 0, 21}));
-  EXPECT_EQ(keyOf(machine, "FNum").bytes, Bytes{2});
-  EXPECT_EQ(keyOf(machine, "TC0P").bytes, (Bytes{0x2F, 0xC0}));
-}
-
-TEST(KeptMachine, WithAStatusHasItOnItsKeys) {
-  const RecordedMachine machine = machineFrom("platform-status.txt");
-  EXPECT_EQ(keyOf(machine, "SBIG").status, static_cast<std::int32_t>(0xE00002C2));
-  EXPECT_EQ(keyOf(machine, "SBIG").sizeBytes, 48U);
-  EXPECT_EQ(keyOf(machine, "TC0P").status, static_cast<std::int32_t>(0xE00002C1));
-  EXPECT_EQ(keyOf(machine, "FNum").status, 0);
-  EXPECT_EQ(keyOf(machine, "TC1P").status, 0);
-}
-
-TEST(KeptMachine, WithLongKeysHoldsTheFirst32BytesOfEach) {
-  const RecordedMachine machine = machineFrom("long-keys.txt");
-  for (const auto& [code, size, first] :
-       {std::tuple("LALL", 40U, 0x01), std::tuple("LCUT", 120U, 0x41),
-        std::tuple("LFIT", 32U, 0x81)}) {
-    const RecordedKey long_ = keyOf(machine, code);
-    EXPECT_EQ(long_.sizeBytes, size) << code;
-    ASSERT_EQ(long_.bytes.size(), 32U) << code;
-    EXPECT_EQ(long_.bytes.front(), first) << code;
-    EXPECT_EQ(long_.bytes.back(), first + 31) << code;
-  }
-}
-
-TEST(KeptMachine, WithIntegerFansHasTheForceBitsOfAllFans) {
-  const RecordedMachine machine = machineFrom("ui16-fans.txt");
-  EXPECT_EQ(keyOf(machine, "F0Ac").type, fourBytes("ui16"));
-  EXPECT_EQ(keyOf(machine, "F0Ac").bytes, (Bytes{0x07, 0x08}));
-  EXPECT_EQ(keyOf(machine, "FS! ").bytes, (Bytes{0, 0}));
-  EXPECT_EQ(keyOf(machine, "FNum").type, (FourBytes{'u', 'i', '8', '\0'}));
-}
-
-TEST(KeptMachine, WithoutKeysIsOneAllTheSame) {
-  EXPECT_TRUE(machineFrom("empty-list.txt").keys.empty());
-  EXPECT_EQ(keyOf(machineFrom("count-of-zero.txt"), "#KEY").bytes, (Bytes{0, 0, 0, 0}));
-  EXPECT_EQ(machineFrom("no-count-key.txt").keys.size(), 2U);
-}
-
-TEST(KeptMachine, WithZeroBytesInItsCodesKeepsThem) {
-  const RecordedMachine machine = machineFrom("zero-byte-codes.txt");
-  ASSERT_EQ(machine.keys.size(), 5U);
-  EXPECT_EQ(machine.keys[1].code, (FourBytes{'F', '\0', 'A', 'c'}));
-  EXPECT_EQ(keyOf(machine, "FNum").type, (FourBytes{'u', 'i', '8', '\0'}));
-  EXPECT_EQ(keyOf(machine, "SIGN").type, (FourBytes{'s', 'i', '8', '\0'}));
-  EXPECT_EQ(keyOf(machineFrom("decoding-fault.txt"), "TC1P").type,
-            (FourBytes{'f', 'p', '2', '\0'}));
-}
-
-TEST(KeptMachine, WithSentinelsHoldsMinus127) {
-  const RecordedMachine machine = machineFrom("sentinels.txt");
-  EXPECT_EQ(keyOf(machine, "TC0P").bytes, (Bytes{0x81, 0x00}));
-  EXPECT_EQ(keyOf(machine, "TC0P").type, fourBytes("sp78"));
-}
-
-TEST(KeptMachine, OfCarriageReturnsHasNoneInItsFields) {
-  ASSERT_NE(fileText(kMachines + "crlf.txt").find("\r\n"), std::string::npos);
-  const RecordedMachine machine = machineFrom("crlf.txt");
-  EXPECT_EQ(machine.model, "Lines1,1");
-  EXPECT_EQ(machine.processor, "Intel(R) Test CPU");
-  EXPECT_EQ(machine.powerSource, "AC Power");
-  EXPECT_EQ(keyOf(machine, "TC0P").bytes, (Bytes{0x28, 0x00}));
-}
-
-TEST(KeptMachine, OnBatteryIsNamedAfterItsFile) {
-  EXPECT_EQ(machineFrom("battery.txt").model, "battery");
-  EXPECT_EQ(machineFrom("battery.txt").powerSource, "Battery Power");
-}
-
-TEST(KeptMachine, WithHiddenKeysHasOnlyThoseOfItsList) {
-  const RecordedMachine machine = machineFrom("hidden-keys.txt");
-  EXPECT_EQ(machine.keys.size(), 2U);
-  EXPECT_EQ(machine.powerSource, "UPS Power");
-}
-
-TEST(KeptMachine, ThatRefusesHasTheResultByteOfEachKey) {
-  const RecordedMachine machine = machineFrom("refusals.txt");
-  EXPECT_EQ(keyOf(machine, "AC-E").result, 0x85);
-  EXPECT_EQ(keyOf(machine, "AC-F").result, 0x85);  // none is written beside it
-  EXPECT_EQ(keyOf(machine, "AUSB").result, 0x89);
-  EXPECT_EQ(keyOf(machine, "RVUF").result, 0xD7);
-  EXPECT_EQ(keyOf(machine, "RVUH").result, 0xFF);
-}
-
-// ---- recorded machines
-// ---------------------------------------------------------------------------
-
-TEST(RecordedDump, OfEveryModelIsTakenWholeAndReadsBack) {
-  const std::vector<std::string> models = recordedModels();
-  if (models.empty()) {
-    GTEST_SKIP() << "there are no recorded machines in " << sharedData();
-  }
-  EXPECT_GE(models.size(), 28U);
-  for (const std::string& model : models) {
-    const std::string path = dumpPath(model);
-    expectReadsBack(path);
-    const Parsed parsed = readMachineFile(path);
-    ASSERT_TRUE(std::holds_alternative<RecordedMachine>(parsed)) << errorOf(parsed);
-    const auto& machine = std::get<RecordedMachine>(parsed);
-    EXPECT_EQ(machine.model, model);
-    const std::string text = fileText(path);
-    std::size_t lines = 0;
-    for (std::size_t at = 0; (at = text.find("\n[", at)) != std::string::npos; ++at) {
-      ++lines;
-    }
-    EXPECT_EQ(machine.keys.size(), lines) << model;
-    const Bytes count{0, 0, static_cast<std::uint8_t>(lines >> 8U),
-                      static_cast<std::uint8_t>(lines)};
-    EXPECT_EQ(keyOf(machine, "#KEY").bytes, count) << model;
-  }
-}
-
-// ---- any text
-// ------------------------------------------------------------------------------------
-
-/// Changes a text at random places, the same ones in every run.
-class Mutator {
- public:
-  std::string mutate(std::string text) {
-    const std::size_t changes = 1 + upTo(3);
-    for (std::size_t i = 0; i < changes && !text.empty(); ++i) {
-      change(text);
-    }
-    return text;
-  }
-
- private:
-  std::size_t upTo(std::size_t most) { return static_cast<std::size_t>(random_() % (most + 1)); }
-
-  char anyByte() {
-    // Digits and brackets come often: they reach the checks behind the first one.
-    constexpr std::string_view kLikely = "0123456789ABCDEF[]() \r\n\t-?";
-    return upTo(1) == 0 ? kLikely[upTo(kLikely.size() - 1)] : static_cast<char>(upTo(255));
-  }
-
-  void change(std::string& text) {
-    const std::size_t at = upTo(text.size() - 1);
-    switch (upTo(5)) {
-      case 0:
-        text[at] = static_cast<char>(static_cast<unsigned char>(text[at]) ^ (1U << upTo(7)));
-        break;
-      case 1:
-      case 2:
-        text[at] = anyByte();
-        break;
-      case 3:
-        text.erase(at, 1 + upTo(4));
-        break;
-      case 4:
-        text.insert(at, 1, anyByte());
-        break;
-      default:
-        text.resize(upTo(9) == 0 ? at : text.size() - upTo(2));
-    }
-  }
-
-  std::mt19937 random_{20240607};
-};
-
-TEST(MachineFile, TakesOrRefusesAnyTextAndWritesBackWhatItTakes) {
-  const std::string whole =
-      "Model: M1,1\nProcessor: P 1\nLogicalProcessors: 2\nPowerSource: AC Power\n" +
-      listOf(6, {"[#KEY] type [ui32] 75693332 len [ 4] attr [80] -> 00000006\n",
-                 "[AC-E] type [flag] 666C6167 len [ 1] attr [50] -> NOT READABLE, code 89\n",
-                 "[BATP] type [flag] 666C6167 len [ 1] attr [80] -> 01\n",
-                 "Unable to read smc value E00002C2\n",
-                 "[SBIG] type [ui8?] 75693800 len [40] attr [C0] -> NOT READABLE\n",
-                 "[TC0P] type [sp78] 73703738 len [ 2] attr [80] -> 2800\n",
-                 "[ZERO] type [hex_] 6865785F len [ 0] attr [80] -> \n"});
-  ASSERT_EQ(errorIn(whole), "(no error)");
-  Mutator mutator;
-  std::size_t taken = 0;
-  constexpr std::size_t kRounds = 6000;
-  for (std::size_t round = 0; round < kRounds; ++round) {
-    const std::string text = mutator.mutate(whole);
-    const Parsed parsed = parseMachineFile(text, "small.txt");
-    if (const auto* error = std::get_if<MachineFileError>(&parsed)) {
-      const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
-      ASSERT_EQ(error->file, "small.txt") << round;
-      ASSERT_FALSE(error->what.empty()) << round;
-      ASSERT_LE(error->line, lines) << round;
-      continue;
-    }
-    ++taken;
-    const auto& machine = std::get<RecordedMachine>(parsed);
-    const Parsed again = parseMachineFile(writeMachineFile(machine), "small.txt");
-    ASSERT_TRUE(std::holds_alternative<RecordedMachine>(again))
-        << "round " << round << ": " << errorOf(again) << "\n"
-        << text;
-    ASSERT_EQ(std::get<RecordedMachine>(again), machine) << "round " << round << "\n" << text;
-  }
-  EXPECT_GT(taken, kRounds / 20);  // both ways out were taken often
-  EXPECT_LT(taken, kRounds - kRounds / 20);
 }
 
 }  // namespace
