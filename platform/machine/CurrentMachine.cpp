@@ -10,21 +10,45 @@ namespace halvarin::platform {
 
 namespace {
 
-using Slot = AtomicProperty<std::shared_ptr<Machine>>;
+struct Current {
+  std::shared_ptr<Machine> machine;
+  std::shared_ptr<Clock> clock;
+};
 
-Slot& slot() {
-  static auto* const current = new Slot(std::make_shared<BareComputer>());
+// Kept, so that its time goes on from one choice to the next.
+const std::shared_ptr<Clock>& computersClock() {
+  static auto* const clock = new std::shared_ptr<Clock>(std::make_shared<ScaledClock>());
+  return *clock;
+}
+
+Current choice(std::shared_ptr<Machine> machine, std::shared_ptr<Clock> clock) {
+  if (!machine) {
+    machine = std::make_shared<BareComputer>();
+  }
+  if (!clock) {
+    clock = computersClock();
+  }
+  return {std::move(machine), std::move(clock)};
+}
+
+// Never destroyed: work on other threads may outlive main.
+AtomicProperty<Current>& slot() {
+  static auto* const current = new AtomicProperty<Current>(choice(nullptr, nullptr));
   return *current;
 }
 
 }  // namespace
 
-void setMachine(std::shared_ptr<Machine> machine) {
-  slot().set(machine ? std::move(machine) : std::make_shared<BareComputer>());
+void setMachine(std::shared_ptr<Machine> machine, std::shared_ptr<Clock> clock) {
+  slot().set(choice(std::move(machine), std::move(clock)));
 }
 
 std::shared_ptr<Machine> currentMachine() {
-  return slot().get();
+  return slot().get().machine;
+}
+
+std::shared_ptr<Clock> currentClock() {
+  return slot().get().clock;
 }
 
 HandleCounts handleCounts() {

@@ -4,13 +4,17 @@
 #include <memory>
 
 #include "base/Export.h"
+#include "platform/Clock.h"
 #include "platform/machine/Machine.h"
 
 namespace halvarin::platform {
 
-/// Chooses the machine that answers the platform's calls in this process, before the first use of
-/// a shared instance. Null chooses the computer itself again. Any thread.
-HALVARIN_EXPORT void setMachine(std::shared_ptr<Machine> machine);
+/// Chooses the machine that answers the platform's calls in this process, and the clock that it
+/// lives by (currentClock), before the first use of a shared instance. A null machine chooses the
+/// computer itself again, a null clock the computer's own. Waits that have begun keep the clock
+/// they began with. Any thread.
+HALVARIN_EXPORT void setMachine(std::shared_ptr<Machine> machine,
+                                std::shared_ptr<Clock> clock = nullptr);
 
 /// The chosen machine; without a choice the computer itself. Never null.
 [[nodiscard]] HALVARIN_EXPORT std::shared_ptr<Machine> currentMachine();

@@ -19,9 +19,21 @@ Clock::Duration ScaledClock::now() {
 }
 
 void ScaledClock::sleepFor(Duration time) {
-  if (factor_ > 0) {
-    std::this_thread::sleep_for(RealSeconds(time) / factor_);
+  std::this_thread::sleep_for(realTime(time));
+}
+
+Clock::Duration ScaledClock::realTime(Duration time) {
+  if (factor_ <= 0) {
+    return Duration::zero();
   }
+  const double nanoseconds = static_cast<double>(time.count()) / factor_;
+  if (nanoseconds >= static_cast<double>(Duration::max().count())) {
+    return Duration::max();
+  }
+  if (nanoseconds <= static_cast<double>(Duration::min().count())) {
+    return Duration::min();
+  }
+  return Duration(static_cast<Duration::rep>(nanoseconds));
 }
 
 }  // namespace halvarin::platform

@@ -109,6 +109,26 @@ TEST(Clock, AWaitOfNoTimeOrLessComesBackAtOnce) {
   EXPECT_LT(Steady::now() - before, 30min);
 }
 
+TEST(Clock, ARealTimeIsTheTimeDividedByTheFactor) {
+  EXPECT_EQ(ScaledClock().realTime(90s), 90s);
+  EXPECT_EQ(ScaledClock(10).realTime(90s), 9s);
+  EXPECT_EQ(ScaledClock(0.5).realTime(90s), 180s);
+  EXPECT_EQ(ScaledClock(10).realTime(19ns), 1ns);
+  EXPECT_EQ(ScaledClock(10).realTime(-90s), -9s);
+}
+
+TEST(Clock, ARealTimeIsNothingWhereTheTimeStandsStill) {
+  EXPECT_EQ(ScaledClock(0).realTime(24h), 0s);
+  EXPECT_EQ(ScaledClock(0).realTime(Clock::Duration::max()), 0s);
+}
+
+TEST(Clock, ARealTimeThatNoDurationCanHoldIsTheLongestOrTheShortest) {
+  EXPECT_EQ(ScaledClock().realTime(Clock::Duration::max()), Clock::Duration::max());
+  EXPECT_EQ(ScaledClock().realTime(Clock::Duration::min()), Clock::Duration::min());
+  EXPECT_EQ(ScaledClock(1e-9).realTime(24h), Clock::Duration::max());
+  EXPECT_EQ(ScaledClock(1e-9).realTime(-24h), Clock::Duration::min());
+}
+
 TEST(Clock, NeverRunsBackwards) {
   ScaledClock clock(10);
   Clock::Duration last = clock.now();

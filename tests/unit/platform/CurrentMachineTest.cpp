@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -14,9 +15,12 @@ namespace halvarin::test {
 
 namespace {
 
+using namespace std::chrono_literals;
+using platform::currentClock;
 using platform::currentMachine;
 using platform::HandleCounts;
 using platform::Machine;
+using platform::ScaledClock;
 using platform::setMachine;
 using platform::SimulatedMachine;
 
@@ -48,6 +52,33 @@ TEST_F(CurrentMachine, IsTheComputerItselfAgainAfterNull) {
   setMachine(nullptr);
   ASSERT_NE(currentMachine(), nullptr);
   EXPECT_FALSE(currentMachine()->hasService("AppleSMC"));
+}
+
+TEST_F(CurrentMachine, LivesByTheComputersOwnClockWithoutAChoice) {
+  ASSERT_NE(currentClock(), nullptr);
+  EXPECT_EQ(currentClock()->realTime(90s), 90s);
+}
+
+TEST_F(CurrentMachine, LivesByTheClockChosenWithIt) {
+  const auto machine = machineOfModel("First1,1");
+  const auto clock = std::make_shared<ScaledClock>(10);
+  setMachine(machine, clock);
+  EXPECT_EQ(currentMachine(), machine);
+  EXPECT_EQ(currentClock(), clock);
+}
+
+TEST_F(CurrentMachine, IsTheComputerItselfWhereOnlyAClockIsChosen) {
+  const auto clock = std::make_shared<ScaledClock>(10);
+  setMachine(nullptr, clock);
+  EXPECT_FALSE(currentMachine()->hasService("AppleSMC"));
+  EXPECT_EQ(currentClock(), clock);
+}
+
+TEST_F(CurrentMachine, LivesByTheComputersOwnClockAgainWhenChosenWithoutOne) {
+  const auto own = currentClock();
+  setMachine(machineOfModel("First1,1"), std::make_shared<ScaledClock>(10));
+  setMachine(machineOfModel("Second1,1"));
+  EXPECT_EQ(currentClock(), own);
 }
 
 TEST_F(CurrentMachine, LivesOnForThoseWhoHoldItAfterAnotherChoice) {

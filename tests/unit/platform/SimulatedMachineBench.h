@@ -35,6 +35,7 @@ class FakeClock : public platform::Clock {
  public:
   [[nodiscard]] Duration now() override { return Duration(now_.load()); }
   void sleepFor(Duration time) override { now_ += time.count(); }
+  [[nodiscard]] Duration realTime(Duration /*time*/) override { return Duration::zero(); }
   void advance(Duration time) { now_ += time.count(); }
 
  private:
