@@ -10,7 +10,7 @@ enum class Exit : int {
   fine = 0,
   failed = 1,  // a test failed; test commands only
   usage = 2,
-  noMachine = 3,   // no SMC, or the machine file cannot be read
+  noMachine = 3,   // no SMC, the machine file cannot be read, or nobody serves the machine
   ownFailure = 6,  // the output cannot be written, or a fault of the program itself
 };
 

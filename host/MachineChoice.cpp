@@ -15,6 +15,7 @@
 #include "platform/machine/BuiltInMachine.h"
 #include "platform/machine/CurrentMachine.h"
 #include "platform/machine/MachineFile.h"
+#include "platform/machine/RemoteMachine.h"
 #include "platform/machine/SimulatedMachine.h"
 
 namespace halvarin::host {
@@ -39,6 +40,14 @@ platform::RecordedMachine recordedMachine(const MachineOption& option) {
               << "\n";
   }
   return machine;
+}
+
+std::shared_ptr<platform::Machine> servedMachine(const std::string& path) {
+  auto connected = platform::RemoteMachine::connect(path);
+  if (const auto* fault = std::get_if<std::string>(&connected)) {
+    throw ExitError(Exit::noMachine, *fault);
+  }
+  return std::get<std::shared_ptr<platform::RemoteMachine>>(std::move(connected));
 }
 
 std::function<void(std::string_view)> journalTo(const std::string& path) {
@@ -113,6 +122,10 @@ void chooseMachine(const Options& options) {
   if (options.machine.kind == MachineOption::Kind::thisComputer) {
     return;
   }
+  if (options.machine.kind == MachineOption::Kind::socket) {
+    platform::setMachine(servedMachine(options.machine.path));
+    return;
+  }
   platform::RecordedMachine recorded = recordedMachine(options.machine);
   for (const FaultOption& fault : options.faults) {
     checkFault(recorded, fault);
@@ -135,7 +148,7 @@ void chooseMachine(const Options& options) {
 }
 
 MachineHeading machineHeading(const Options& options, const std::string& model) {
-  constexpr const char* kKinds[] = {"this", "simulated", "file"};
+  constexpr const char* kKinds[] = {"this", "simulated", "file", "simulated"};  // by Kind
   return {kKinds[static_cast<int>(options.machine.kind)], model,
           platform::providingPowerSourceType()};
 }

@@ -14,7 +14,7 @@ struct MachineHeading {
 };
 
 /// Makes the machine that the options ask for the process's current one. Throws ExitError when its
-/// file cannot be read (noMachine) or an option does not fit it (usage).
+/// file cannot be read or nobody serves it (noMachine), or an option does not fit it (usage).
 void chooseMachine(const Options& options);
 
 /// The heading of the current machine, once chosen.

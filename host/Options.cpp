@@ -43,12 +43,16 @@ std::string listedCategories() {
 
 MachineOption machineOption(const std::string& text) {
   constexpr std::string_view kFile = "file:";
+  constexpr std::string_view kSocket = "socket:";
   constexpr std::string_view kSimulated = "simulated:";
   if (text == "this") {
     return {};
   }
   if (text.rfind(kFile, 0) == 0 && text.size() > kFile.size()) {
     return {MachineOption::Kind::file, text.substr(kFile.size())};
+  }
+  if (text.rfind(kSocket, 0) == 0 && text.size() > kSocket.size()) {
+    return {MachineOption::Kind::socket, text.substr(kSocket.size())};
   }
   const std::string model = platform::builtInLaptop().model;
   if (text == "simulated" || text == std::string(kSimulated) + model) {
@@ -58,8 +62,8 @@ MachineOption machineOption(const std::string& text) {
     refuse("there is no built-in machine \"" + text.substr(kSimulated.size()) +
            "\"; there is: " + model);
   }
-  refuse("--machine takes this, simulated, simulated:" + model + " or file:PATH, not \"" + text +
-         "\"");
+  refuse("--machine takes this, simulated, simulated:" + model +
+         ", file:PATH or socket:PATH, not \"" + text + "\"");
 }
 
 std::chrono::nanoseconds latencyOption(const std::string& text) {
@@ -103,6 +107,11 @@ void checkTogether(const Options& options) {
   if (simulates && options.machine.kind == MachineOption::Kind::thisComputer) {
     refuse("--latency, --clock, --fault and --journal need --machine simulated or file:PATH");
   }
+  if (simulates && options.machine.kind == MachineOption::Kind::socket) {
+    refuse(
+        "--latency, --clock, --fault and --journal belong to the process that serves the machine: "
+        "they go without --machine socket:PATH");
+  }
   constexpr double kSlowest = 0.001;
   constexpr double kFastest = 1e6;
   if (options.clockFactor != 0 &&
@@ -144,7 +153,8 @@ Options understood(Options options, const RawOptions& raw) {
 
 void addGlobalOptions(CLI::App& app, Options& options, RawOptions& raw) {
   app.add_option("--machine", raw.machine,
-                 "this (default), simulated[:MODEL] or file:PATH (a recorded machine)");
+                 "this (default), simulated[:MODEL], file:PATH (a recorded machine) or socket:PATH "
+                 "(a machine that another process serves)");
   app.add_option("--latency", raw.latency,
                  "simulated machines: time a transfer takes, as in 100us");
   app.add_option("--clock", raw.clockFactor,
@@ -196,8 +206,8 @@ std::optional<Options> parseOptions(int argumentCount, const char* const* argume
   app.fallthrough();
   app.require_subcommand(0, 1);
   app.footer(
-      "Exits: 0 fine, 1 a test failed, 2 wrong usage, 3 no SMC or machine file unreadable,\n"
-      "6 the output could not be written.");
+      "Exits: 0 fine, 1 a test failed, 2 wrong usage, 3 no SMC, machine file unreadable or\n"
+      "nobody serves the machine, 6 the output could not be written.");
   addGlobalOptions(app, options, raw);
   addCommands(app, options, raw);
   try {

@@ -11,9 +11,9 @@ namespace halvarin::host {
 
 /// Where readings come from.
 struct MachineOption {
-  enum class Kind { thisComputer, simulated, file };
+  enum class Kind { thisComputer, simulated, file, socket };
   Kind kind = Kind::thisComputer;
-  std::string path;  // of the machine file
+  std::string path;  // of the machine file, or of the socket of the process that serves it
 };
 
 enum class Command { sensors, keys, models };
