@@ -26,7 +26,8 @@ constexpr std::size_t kMostModelCharacters = 24;  // what the platform's call ca
 
 platform::RecordedMachine recordedMachine(const MachineOption& option) {
   if (option.kind == MachineOption::Kind::simulated) {
-    return platform::builtInLaptop();
+    // The model was checked with the command line.
+    return platform::builtInMachine(option.model).value();
   }
   auto read = platform::readMachineFile(option.path);
   if (const auto* error = std::get_if<platform::MachineFileError>(&read)) {

@@ -41,6 +41,22 @@ std::string listedCategories() {
   return text;
 }
 
+std::string listedModels() {
+  std::string text;
+  for (const std::string& model : platform::builtInModels()) {
+    text += (text.empty() ? "" : ", ") + model;
+  }
+  return text;
+}
+
+std::string builtInModel(const std::string& text) {
+  const std::vector<std::string> models = platform::builtInModels();
+  if (std::find(models.begin(), models.end(), text) == models.end()) {
+    refuse("there is no built-in machine \"" + text + "\"; there are: " + listedModels());
+  }
+  return text;
+}
+
 MachineOption machineOption(const std::string& text) {
   constexpr std::string_view kFile = "file:";
   constexpr std::string_view kSocket = "socket:";
@@ -49,21 +65,19 @@ MachineOption machineOption(const std::string& text) {
     return {};
   }
   if (text.rfind(kFile, 0) == 0 && text.size() > kFile.size()) {
-    return {MachineOption::Kind::file, text.substr(kFile.size())};
+    return {MachineOption::Kind::file, text.substr(kFile.size()), {}};
   }
   if (text.rfind(kSocket, 0) == 0 && text.size() > kSocket.size()) {
-    return {MachineOption::Kind::socket, text.substr(kSocket.size())};
+    return {MachineOption::Kind::socket, text.substr(kSocket.size()), {}};
   }
-  const std::string model = platform::builtInLaptop().model;
-  if (text == "simulated" || text == std::string(kSimulated) + model) {
-    return {MachineOption::Kind::simulated, {}};
+  if (text == "simulated") {
+    return {MachineOption::Kind::simulated, {}, platform::builtInModels().front()};
   }
   if (text.rfind(kSimulated, 0) == 0) {
-    refuse("there is no built-in machine \"" + text.substr(kSimulated.size()) +
-           "\"; there is: " + model);
+    return {MachineOption::Kind::simulated, {}, builtInModel(text.substr(kSimulated.size()))};
   }
-  refuse("--machine takes this, simulated, simulated:" + model +
-         ", file:PATH or socket:PATH, not \"" + text + "\"");
+  refuse("--machine takes this, simulated, simulated:MODEL (" + listedModels() +
+         "), file:PATH or socket:PATH, not \"" + text + "\"");
 }
 
 std::chrono::nanoseconds latencyOption(const std::string& text) {

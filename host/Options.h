@@ -13,7 +13,8 @@ namespace halvarin::host {
 struct MachineOption {
   enum class Kind { thisComputer, simulated, file, socket };
   Kind kind = Kind::thisComputer;
-  std::string path;  // of the machine file, or of the socket of the process that serves it
+  std::string path;   // of the machine file, or of the socket of the process that serves it
+  std::string model;  // of the simulated machine
 };
 
 enum class Command { sensors, keys, models };

@@ -110,7 +110,23 @@ TEST(LatencyOption, IsTakenInEveryUnit) {
 }
 
 TEST(MachineOption, BuiltInMachineCanBeNamed) {
-  EXPECT_EQ(halvarinRun({"--machine", "simulated:MacBookPro16,1", "keys", "FNum"}).exit, 0);
+  const auto overview = [](const char* machine) {
+    return halvarinRun({"--machine", machine, "sensors", "fans"});
+  };
+  for (const char* model : {"MacBookPro16,1", "MacBookPro18,1"}) {
+    const ProgramRun run = overview((std::string("simulated:") + model).c_str());
+    EXPECT_EQ(run.exit, 0) << run.err;
+    EXPECT_THAT(run.out, HasSubstr("Machine: " + std::string(model) + " (simulated), AC Power\n"));
+  }
+  EXPECT_THAT(overview("simulated").out, HasSubstr("Machine: MacBookPro16,1 (simulated)"));
+}
+
+TEST(MachineOption, BuiltInMachineOfAModelIsDumpedAsItsFile) {
+  const ProgramRun run =
+      halvarinRun({"--machine", "simulated:MacBookPro18,1", "--clock", "0", "keys", "--dump"});
+  EXPECT_EQ(run.exit, 0) << run.err;
+  EXPECT_EQ(run.out,
+            fileText(HALVARIN_SOURCE_DIR "/platform/machine/builtin/laptop-apple-silicon.txt"));
 }
 
 TEST(ClockOption, StoppedClockHoldsTheReadingsAndARunningOneMovesThem) {

@@ -47,10 +47,17 @@ TEST(Usage, WrongCommandLinesAreRefusedWithOneLine) {
       {"stars and too much", {"keys", "TC0P*X"}, "keys have four characters"},
       {"dump as JSON", {"keys", "--dump", "--json"}, "without --json"},
       {"dump of a pattern", {"keys", "--dump", "T???"}, "without --json and PATTERN"},
-      {"unknown machine", {"--machine", "mine", "sensors"}, "--machine takes"},
+      {"unknown machine",
+       {"--machine", "mine", "sensors"},
+       "simulated:MODEL (MacBookPro16,1, MacBookPro18,1) or file:PATH"},
       {"machine without a value", {"--machine"}, "--machine"},
       {"file without a path", {"--machine", "file:", "sensors"}, "--machine takes"},
-      {"unknown built-in machine", {"--machine", "simulated:Mac9,9", "sensors"}, "MacBookPro16,1"},
+      {"unknown built-in machine",
+       {"--machine", "simulated:Mac9,9", "sensors"},
+       "there are: MacBookPro16,1, MacBookPro18,1"},
+      {"built-in machine of no model",
+       {"--machine", "simulated:", "sensors"},
+       "there are: MacBookPro16,1, MacBookPro18,1"},
   };
   for (const Refusal& row : rows) {
     expectRefused(row);
