@@ -53,6 +53,14 @@ RecordedKey* KeyTable::find(const FourBytes& code) {
   return code == countKey_.code ? &countKey_ : nullptr;
 }
 
+void KeyTable::hold(const FourBytes& code) {
+  held_.insert(std::bit_cast<std::uint32_t>(code));
+}
+
+bool KeyTable::isHeld(const FourBytes& code) const {
+  return held_.contains(std::bit_cast<std::uint32_t>(code));
+}
+
 ControllerReply KeyTable::read(const ControllerRequest& request) {
   const RecordedKey* key = find(request.key);
   if (key == nullptr) {

@@ -3,9 +3,9 @@
 #include <IOKit/IOKitLib.h>
 
 #include <algorithm>
-#include <bit>
 #include <utility>
 
+#include "platform/machine/FanKeys.h"
 #include "platform/machine/Journal.h"
 #include "platform/machine/ReadingCodec.h"
 #include "platform/machine/ReadingMotion.h"
@@ -30,7 +30,8 @@ SimulatedMachine::SimulatedMachine(RecordedMachine machine, Simulation simulatio
       powerSource_(std::move(machine.powerSource)),
       simulation_(withClock(std::move(simulation))),
       start_(simulation_.clock->now()),
-      keys_(std::move(machine.keys)) {}
+      keys_(std::move(machine.keys)),
+      fans_(keys_, simulation_.fanFaults, simulation_.readingsMove) {}
 
 bool SimulatedMachine::setReading(std::string_view key, double number) {
   const MutexLock lock(mutex_);
@@ -42,10 +43,12 @@ bool SimulatedMachine::setReading(std::string_view key, double number) {
   if (!bytes) {
     return false;
   }
-  recorded->bytes = std::move(*bytes);
+  fans_.moveTo(age());
+  const auto before = std::exchange(recorded->bytes, std::move(*bytes));
   recorded->result = kResultOk;
   recorded->status = 0;
-  fixed_.insert(std::bit_cast<std::uint32_t>(recorded->code));
+  keys_.hold(recorded->code);
+  fans_.keySet(*recorded, before);
   return true;
 }
 
@@ -84,7 +87,9 @@ MachineStatus SimulatedMachine::call(std::uint32_t connection, std::uint32_t sel
   }
   const ControllerRequest decoded = decodeRequest(request.first<kCallBytes>());
   const MutexLock lock(mutex_);
-  ++transfers_;
+  if (++transfers_ == 1) {
+    fans_.begin(age());
+  }
   ControllerReply answered;
   const MachineStatus status =
       connections_.contains(connection) ? faultFor(decoded) : MACH_SEND_INVALID_DEST;
@@ -147,13 +152,39 @@ MachineStatus SimulatedMachine::faultFor(const ControllerRequest& request) {
 }
 
 ControllerReply SimulatedMachine::answer(const ControllerRequest& request) {
+  switch (static_cast<Command>(request.command)) {
+    case Command::read:
+      return read(request);
+    case Command::write:
+      return write(request);
+    default:
+      return keys_.answer(request);
+  }
+}
+
+ControllerReply SimulatedMachine::read(const ControllerRequest& request) {
+  if (fans_.move(request.key)) {
+    fans_.moveTo(age());
+  }
   ControllerReply reply = keys_.answer(request);
-  const bool isReading = request.command == static_cast<std::uint8_t>(Command::read);
-  if (simulation_.readingsMove && isReading && reply.result == kResultOk &&
-      !fixed_.contains(std::bit_cast<std::uint32_t>(request.key))) {
+  if (simulation_.readingsMove && reply.result == kResultOk && !keys_.isHeld(request.key)) {
     const RecordedKey* key = keys_.find(request.key);
-    const auto moved = movedReading(*key, simulation_.clock->now() - start_);
+    const auto moved = movedReading(*key, age());
     std::copy_n(moved.begin(), std::min(moved.size(), reply.bytes.size()), reply.bytes.begin());
+  }
+  return reply;
+}
+
+ControllerReply SimulatedMachine::write(const ControllerRequest& request) {
+  RecordedKey* key = keys_.find(request.key);
+  if (key == nullptr) {
+    return keys_.answer(request);
+  }
+  fans_.moveTo(age());
+  const auto before = key->bytes;
+  const ControllerReply reply = keys_.answer(request);
+  if (reply.result == kResultOk) {
+    fans_.keyWritten(*key, before);
   }
   return reply;
 }

@@ -13,9 +13,11 @@
 #include "base/Mutex.h"
 #include "platform/Clock.h"
 #include "platform/machine/ControllerProtocol.h"
+#include "platform/machine/FanModel.h"
 #include "platform/machine/KeyTable.h"
 #include "platform/machine/Machine.h"
 #include "platform/machine/MachineFile.h"
+#include "platform/machine/SimulatedFans.h"
 
 namespace halvarin::platform {
 
@@ -35,13 +37,15 @@ struct Simulation {
   std::vector<TransferFault> faults;         // the first that fits counts
   std::optional<std::uint64_t> vanishAfter;  // transfers until the service goes away
   bool readingsMove = false;                 // temperatures, currents and powers swing in time
+  std::vector<FanFault> fanFaults;  // of fans that simulatedFans() names; others are ignored
   /// Receives a line for every open, every call that carries a whole record, and every close, in
   /// their order; must not call the machine.
   std::function<void(std::string_view line)> journal;
 };
 
 /// A machine made of a key table: it speaks the controller's 80-byte protocol for the commands 5,
-/// 6, 8 and 9 and answers the platform's settings. Any thread.
+/// 6, 8 and 9 and answers the platform's settings. Its fans turn and obey their keys, by the clock.
+/// Any thread.
 class HALVARIN_EXPORT SimulatedMachine : public Machine {
  public:
   explicit SimulatedMachine(RecordedMachine machine, Simulation simulation = {});
@@ -65,7 +69,10 @@ class HALVARIN_EXPORT SimulatedMachine : public Machine {
  private:
   [[nodiscard]] bool isGone() const HALVARIN_REQUIRES(mutex_);
   [[nodiscard]] MachineStatus faultFor(const ControllerRequest& request) HALVARIN_REQUIRES(mutex_);
+  [[nodiscard]] Clock::Duration age() const { return simulation_.clock->now() - start_; }
   [[nodiscard]] ControllerReply answer(const ControllerRequest& request) HALVARIN_REQUIRES(mutex_);
+  [[nodiscard]] ControllerReply read(const ControllerRequest& request) HALVARIN_REQUIRES(mutex_);
+  [[nodiscard]] ControllerReply write(const ControllerRequest& request) HALVARIN_REQUIRES(mutex_);
   void note(std::string_view line) HALVARIN_REQUIRES(mutex_);
 
   const std::string model_;
@@ -76,7 +83,7 @@ class HALVARIN_EXPORT SimulatedMachine : public Machine {
   const Clock::Duration start_;
   Mutex mutex_;
   KeyTable keys_ HALVARIN_GUARDED_BY(mutex_);
-  std::unordered_set<std::uint32_t> fixed_ HALVARIN_GUARDED_BY(mutex_);  // keys that do not move
+  SimulatedFans fans_ HALVARIN_GUARDED_BY(mutex_);
   std::unordered_set<std::uint32_t> connections_ HALVARIN_GUARDED_BY(mutex_);
   std::uint32_t lastConnection_ HALVARIN_GUARDED_BY(mutex_) = 0;
   std::uint64_t transfers_ HALVARIN_GUARDED_BY(mutex_) = 0;
