@@ -1,8 +1,11 @@
 #include "host/FaultOption.h"
 
+#include <algorithm>
+#include <array>
 #include <limits>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "base/NumberText.h"
 #include "host/Exit.h"
@@ -15,7 +18,8 @@ constexpr std::size_t kKeyCharacters = 4;
 
 [[noreturn]] void refuse(const std::string& text, const std::string& why) {
   throw ExitError(Exit::usage, "--fault " + text + ": " + why +
-                                   "; it takes KEY=VALUE, KEY=error:STATUS or vanish:N");
+                                   "; it takes KEY=VALUE, KEY=error:STATUS, "
+                                   "fan:N=stalled|slow|weak|deaf or vanish:N");
 }
 
 std::optional<double> numberFrom(const std::string& text) {
@@ -42,13 +46,42 @@ VanishFault vanishFault(const std::string& text, std::string_view transfers) {
   return {*number};
 }
 
+platform::FanFault::Kind fanFaultKind(const std::string& text, std::string_view word) {
+  using Kind = platform::FanFault::Kind;
+  constexpr std::array<std::pair<std::string_view, Kind>, 4> kKinds{{{"stalled", Kind::stalled},
+                                                                     {"slow", Kind::slow},
+                                                                     {"weak", Kind::weak},
+                                                                     {"deaf", Kind::deaf}}};
+  for (const auto& [name, kind] : kKinds) {
+    if (word == name) {
+      return kind;
+    }
+  }
+  refuse(text, "\"" + std::string(word) + "\" is no fault of a fan");
+}
+
+platform::FanFault fanFault(const std::string& text, std::string_view fault) {
+  const std::size_t equals = std::min(fault.find('='), fault.size());
+  const std::string_view fan = fault.substr(0, equals);
+  const auto number = wholeNumber(fan);
+  if (!number || *number > std::numeric_limits<std::uint32_t>::max()) {
+    refuse(text, "\"" + std::string(fan) + "\" is no number of a fan");
+  }
+  const std::string_view word = fault.substr(std::min(equals + 1, fault.size()));
+  return {static_cast<std::uint32_t>(*number), fanFaultKind(text, word)};
+}
+
 }  // namespace
 
 FaultOption parseFault(const std::string& text) {
   constexpr std::string_view kVanish = "vanish:";
+  constexpr std::string_view kFan = "fan:";
   constexpr std::string_view kError = "error:";
   if (text.rfind(kVanish, 0) == 0) {
     return vanishFault(text, std::string_view(text).substr(kVanish.size()));
+  }
+  if (text.rfind(kFan, 0) == 0) {
+    return fanFault(text, std::string_view(text).substr(kFan.size()));
   }
   // The fifth character, since a key may hold a "=" itself.
   if (text.size() <= kKeyCharacters || text[kKeyCharacters] != '=') {

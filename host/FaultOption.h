@@ -5,6 +5,8 @@
 #include <string>
 #include <variant>
 
+#include "platform/machine/FanModel.h"
+
 namespace halvarin::host {
 
 /// KEY=VALUE: the key reads that number.
@@ -24,7 +26,8 @@ struct VanishFault {
   std::uint64_t transfers = 0;
 };
 
-using FaultOption = std::variant<ReadingFault, StatusFault, VanishFault>;
+/// fan:N=stalled|slow|weak|deaf is a platform::FanFault.
+using FaultOption = std::variant<ReadingFault, StatusFault, VanishFault, platform::FanFault>;
 
 /// What the text of one --fault option asks for. Throws ExitError (usage) for a text that asks for
 /// nothing.

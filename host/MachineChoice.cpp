@@ -14,6 +14,7 @@
 #include "platform/PowerSource.h"
 #include "platform/machine/BuiltInMachine.h"
 #include "platform/machine/CurrentMachine.h"
+#include "platform/machine/FanKeys.h"
 #include "platform/machine/MachineFile.h"
 #include "platform/machine/RemoteMachine.h"
 #include "platform/machine/SimulatedMachine.h"
@@ -83,6 +84,8 @@ std::vector<ReadingFault> takeFaults(const Options& options, platform::Simulatio
         transfer.status = status->status;
         simulation.faults.push_back(transfer);
       }
+    } else if (const auto* fan = std::get_if<platform::FanFault>(&fault)) {
+      simulation.fanFaults.push_back(*fan);
     } else {
       simulation.vanishAfter = std::get<VanishFault>(fault).transfers;
     }
@@ -102,7 +105,22 @@ std::string keyOf(const FaultOption& fault) {
   return status != nullptr ? status->key : std::string();
 }
 
+void checkFan(const platform::RecordedMachine& machine, std::uint32_t fan) {
+  const std::vector<std::uint32_t> fans = platform::simulatedFans(machine.keys);
+  if (std::find(fans.begin(), fans.end(), fan) != fans.end()) {
+    return;
+  }
+  std::string listed;
+  for (const std::uint32_t each : fans) {
+    listed += (listed.empty() ? "; its fans are: " : ", ") + std::to_string(each);
+  }
+  throw ExitError(Exit::usage, "--fault: this machine has no fan " + std::to_string(fan) + listed);
+}
+
 void checkFault(const platform::RecordedMachine& machine, const FaultOption& fault) {
+  if (const auto* fan = std::get_if<platform::FanFault>(&fault)) {
+    checkFan(machine, fan->fan);
+  }
   const std::string key = keyOf(fault);
   const bool known = std::any_of(
       machine.keys.begin(), machine.keys.end(),

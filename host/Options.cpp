@@ -174,7 +174,8 @@ void addGlobalOptions(CLI::App& app, Options& options, RawOptions& raw) {
   app.add_option("--clock", raw.clockFactor,
                  "simulated machines: how much faster time runs; 0 stops it");
   app.add_option("--fault", raw.faults,
-                 "simulated machines: KEY=VALUE, KEY=error:STATUS or vanish:N; may be repeated")
+                 "simulated machines: KEY=VALUE, KEY=error:STATUS, "
+                 "fan:N=stalled|slow|weak|deaf or vanish:N; may be repeated")
       ->allow_extra_args(false);
   app.add_option("--journal", raw.journal,
                  "simulated machines: write every call that the machine gets to a file");

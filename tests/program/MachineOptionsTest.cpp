@@ -12,6 +12,7 @@ namespace halvarin::test {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 struct BrokenRow {
   const char* file;
@@ -127,6 +128,26 @@ TEST(MachineOption, BuiltInMachineOfAModelIsDumpedAsItsFile) {
   EXPECT_EQ(run.exit, 0) << run.err;
   EXPECT_EQ(run.out,
             fileText(HALVARIN_SOURCE_DIR "/platform/machine/builtin/laptop-apple-silicon.txt"));
+}
+
+TEST(FaultOptionOnMachines, StalledFanReads0) {
+  const ProgramRun healthy =
+      halvarinRun({"--machine", "simulated", "--clock", "0", "keys", "F?Ac"});
+  EXPECT_EQ(healthy.exit, 0) << healthy.err;
+  EXPECT_THAT(healthy.out, HasSubstr("EC850045"));
+  const ProgramRun run = halvarinRun(
+      {"--machine", "simulated", "--clock", "0", "--fault", "fan:0=stalled", "keys", "F?Ac"});
+  EXPECT_EQ(run.exit, 0) << run.err;
+  EXPECT_THAT(run.out, Not(HasSubstr("EC850045")));
+  EXPECT_THAT(run.out, HasSubstr("D773EE44"));
+  EXPECT_THAT(run.out, HasSubstr("00000000"));
+}
+
+TEST(FaultOptionOnMachines, EveryFaultOfAFanIsTaken) {
+  for (const char* fault : {"fan:1=stalled", "fan:1=slow", "fan:1=weak", "fan:1=deaf"}) {
+    EXPECT_EQ(halvarinRun({"--machine", "simulated", "--fault", fault, "keys", "FNum"}).exit, 0)
+        << fault;
+  }
 }
 
 TEST(ClockOption, StoppedClockHoldsTheReadingsAndARunningOneMovesThem) {

@@ -94,6 +94,10 @@ TEST(Usage, WrongSimulationOptionsAreRefusedWithOneLine) {
       {"status of an unknown key", with({"--fault", "none=error:5"}),
        "this machine has no key \"none\""},
       {"fault of a type without numbers", with({"--fault", "F0ID=1"}), "holds no number"},
+      {"fault of no fan", with({"--fault", "fan:x=slow"}), "\"x\" is no number of a fan"},
+      {"unknown fault of a fan", with({"--fault", "fan:0=tired"}), "no fault of a fan"},
+      {"fan beyond the machine's", with({"--fault", "fan:2=slow"}),
+       "this machine has no fan 2; its fans are: 0, 1"},
       {"count of four billion", with({"--fault", "#KEY=4294967295"}), "65536 at most"},
       {"journal in no folder", with({"--journal", "/no/such/folder/journal"}),
        "/no/such/folder/journal cannot be written"},
@@ -130,7 +134,8 @@ TEST(Usage, VersionIsOneLine) {
 TEST(Usage, HelpNamesEveryCommandAndExit) {
   const ProgramRun run = halvarinRun({"--help"});
   EXPECT_EQ(run.exit, 0);
-  for (const char* word : {"sensors", "keys", "models", "--machine", "--fault", "Exits: 0 fine"}) {
+  for (const char* word : {"sensors", "keys", "models", "--machine", "--fault",
+                           "fan:N=stalled|slow|weak|deaf", "Exits: 0 fine"}) {
     EXPECT_THAT(run.out, HasSubstr(word));
   }
   EXPECT_EQ(halvarinRun({"sensors", "--help"}).exit, 0);

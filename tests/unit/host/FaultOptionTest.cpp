@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "host/Exit.h"
 
@@ -41,6 +44,38 @@ TEST(FaultOption, VanishingTakesANumberOfTransfers) {
   EXPECT_EQ(std::get<host::VanishFault>(parseFault("vanish:1200")).transfers, 1200U);
 }
 
+TEST(FaultOption, FanTakesANumberAndAFault) {
+  using Kind = platform::FanFault::Kind;
+  const std::vector<std::pair<std::string, Kind>> rows{{"fan:0=stalled", Kind::stalled},
+                                                       {"fan:0=slow", Kind::slow},
+                                                       {"fan:0=weak", Kind::weak},
+                                                       {"fan:0=deaf", Kind::deaf}};
+  for (const auto& [text, kind] : rows) {
+    const auto fault = std::get<platform::FanFault>(parseFault(text));
+    EXPECT_EQ(fault.fan, 0U) << text;
+    EXPECT_EQ(fault.kind, kind) << text;
+  }
+  EXPECT_EQ(std::get<platform::FanFault>(parseFault("fan:35=slow")).fan, 35U);
+}
+
+TEST(FaultOption, RefusalIsOneLineThatSaysWhatIsWrong) {
+  for (const auto& [text, says] : std::vector<std::pair<std::string, std::string>>{
+           {"fan:0=tired", "\"tired\" is no fault of a fan"},
+           {"fan:left=slow", "\"left\" is no number of a fan"},
+           {"hot",
+            "it takes KEY=VALUE, KEY=error:STATUS, fan:N=stalled|slow|weak|deaf or "
+            "vanish:N"}}) {
+    try {
+      static_cast<void>(parseFault(text));
+      ADD_FAILURE() << text;
+    } catch (const host::ExitError& error) {
+      const std::string message = error.what();
+      EXPECT_NE(message.find(says), std::string::npos) << message;
+      EXPECT_EQ(message.find('\n'), std::string::npos) << message;
+    }
+  }
+}
+
 TEST(FaultOption, EverythingElseIsRefused) {
   for (const char* text : {"",
                            "TC0P",
@@ -64,7 +99,19 @@ TEST(FaultOption, EverythingElseIsRefused) {
                            "vanish:-1",
                            "vanish:1.5",
                            "vanish:99999999999999999999",
-                           "fan:0=stalled"}) {
+                           "fan:",
+                           "fan:0",
+                           "fan:0=",
+                           "fan:=slow",
+                           "fan:0=Stalled",
+                           "fan:0=slow ",
+                           "fan:0=slow=weak",
+                           "fan:-1=slow",
+                           "fan:1.5=slow",
+                           "fan:A=slow",
+                           "fan: 0=slow",
+                           "fan:4294967296=slow",
+                           "fan:99999999999999999999=slow"}) {
     EXPECT_THROW(static_cast<void>(parseFault(text)), host::ExitError) << text;
   }
 }
