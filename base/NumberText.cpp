@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
+#include <iomanip>
 #include <limits>
 #include <locale>
 #include <sstream>
@@ -223,6 +224,16 @@ std::string fixedText(double value, int digits) {
   }
   return placePoint(static_cast<std::uint64_t>(std::nearbyint(scaled)), digits,
                     std::signbit(value));
+}
+
+std::string realText(double value) {
+  if (!std::isfinite(value)) {
+    return fixedText(value, 0);
+  }
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << std::setprecision(16) << value;
+  return text.str();
 }
 
 std::string hexText(std::uint32_t value) {

@@ -38,6 +38,9 @@ namespace halvarin {
 /// "%.*f" with 0 to 9 digits. Not-a-number is "nan" whatever its sign.
 [[nodiscard]] HALVARIN_EXPORT std::string fixedText(double value, int digits);
 
+/// "%.16g": a number in as few of 16 digits as it takes, "45.5", "1e+20". Not-a-number is "nan".
+[[nodiscard]] HALVARIN_EXPORT std::string realText(double value);
+
 /// Lower-case hexadecimal without prefix or leading zeros ("%x").
 [[nodiscard]] HALVARIN_EXPORT std::string hexText(std::uint32_t value);
 

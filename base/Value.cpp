@@ -124,7 +124,7 @@ std::string Value::description() const {
     return "<" + hexBytes(data().bytes()) + ">";
   }
   if (isReal()) {
-    return fixedText(doubleValue(), 6);
+    return realText(doubleValue());
   }
   if (isBoolean() || isInteger()) {
     return std::to_string(longLongValue());

@@ -138,5 +138,26 @@ TEST(NumberText, WritesBytesAsTwoUpperCaseDigitsEach) {
   EXPECT_EQ(hexBytes(bytes), "000FA05BFF");
 }
 
+TEST(RealText, WritesAsFewOfSixteenDigitsAsItTakes) {
+  const std::vector<std::pair<double, const char*>> rows{{0, "0"},
+                                                         {45.5, "45.5"},
+                                                         {45, "45"},
+                                                         {-0.25, "-0.25"},
+                                                         {0.1, "0.1"},
+                                                         {1e20, "1e+20"},
+                                                         {1.0 / 3, "0.3333333333333333"},
+                                                         {1e-7, "1e-07"},
+                                                         {1234567, "1234567"}};
+  for (const auto& [number, text] : rows) {
+    EXPECT_EQ(realText(number), text);
+  }
+}
+
+TEST(RealText, WritesWhatIsNoNumberAsAWord) {
+  EXPECT_EQ(realText(std::numeric_limits<double>::quiet_NaN()), "nan");
+  EXPECT_EQ(realText(std::numeric_limits<double>::infinity()), "inf");
+  EXPECT_EQ(realText(-std::numeric_limits<double>::infinity()), "-inf");
+}
+
 }  // namespace
 }  // namespace halvarin::test
