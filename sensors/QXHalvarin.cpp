@@ -3,16 +3,28 @@
 #include <sys/sysctl.h>
 
 #include <array>
+#include <functional>
 #include <utility>
 
+#include "base/NotificationCenter.h"
 #include "base/Text.h"
 #include "database/QXEDManager.h"
 #include "database/SensorDatabase.h"
+#include "platform/BackgroundThread.h"
+#include "platform/MainThread.h"
 #include "platform/OwnImage.h"
+#include "platform/PowerSource.h"
 #include "platform/PropertyList.h"
+#include "platform/Queue.h"
 #include "sensors/CategoryDescription.h"
 #include "sensors/CategoryReader.h"
+#include "sensors/FanCommands.h"
+#include "sensors/FanKey.h"
+#include "sensors/FanReadout.h"
+#include "sensors/LoadGenerator.h"
 #include "sensors/SensorCategory.h"
+#include "sensors/SensorUpdate.h"
+#include "sensors/UpdateCycle.h"
 #include "sensors/ValueDecoder.h"
 
 namespace halvarin {
@@ -102,6 +114,67 @@ std::int32_t QXHalvarin::numberLogicalCPUs() const {
   std::int32_t count = 0;
   std::size_t length = sizeof count;
   return sysctlbyname("hw.logicalcpu", &count, &length, nullptr, 0) == 0 ? count : 0;
+}
+
+void QXHalvarin::requestSensorUpdate() {
+  platform::performInBackground([self = shared_from_this()] { self->readSensors(); });
+}
+
+void QXHalvarin::readSensors() {
+  const DictionaryRef pass =
+      takeUpdatePass(powerSource(), {[this] { return readFans(); },
+                                     [this](std::string_view category, bool onMains) {
+                                       return readSensorsOfType(category, onMains);
+                                     }});
+  platform::MainThread::perform(
+      [self = shared_from_this(), pass] { self->updateNotifications(pass); });
+}
+
+void QXHalvarin::updateNotifications(DictionaryRef userInfo) {
+  NotificationCenter::defaultCenter().post({kSensorUpdateNotify, this, std::move(userInfo)});
+}
+
+std::string QXHalvarin::powerSource() const {
+  std::string name = platform::providingPowerSourceType();
+  return name.empty() ? "AC Power" : name;
+}
+
+std::string QXHalvarin::fanNum(std::uint32_t fan) const {
+  return fan::digit(fan);
+}
+
+ArrayRef QXHalvarin::readTemps() {
+  const ArrayRef records = readSensorsOfType("temperature", false);
+  return records ? hottestFirst(*records) : Array::make();
+}
+
+ArrayRef QXHalvarin::readFans() {
+  const Value hottest = hottestValue(*readTemps());
+  const ArrayRef records = readSensorsOfType("fans", false);
+  return records ? fanDictionaries(*records, hottest) : Array::make();
+}
+
+bool QXHalvarin::setFanEnable(bool enable) {
+  return smc_ && switchFanTestFlag(*smc_, enable);
+}
+
+bool QXHalvarin::setFanMode(signed char mode, std::uint32_t fan) {
+  return smc_ && writeFanMode(*smc_, mode, fan);
+}
+
+bool QXHalvarin::setFanSpeed(std::uint16_t speed, std::uint32_t fan) {
+  return smc_ && writeFanTarget(*smc_, speed, fan);
+}
+
+void QXHalvarin::loadCPUcores(bool start) {
+  if (!start) {
+    return;
+  }
+  std::uint32_t count = 1;  // what a failed reading leaves: no items
+  std::size_t length = sizeof count;
+  sysctlbyname("hw.logicalcpu", &count, &length, nullptr, 0);
+  platform::Queue queue(std::string(kLoadQueueLabel), platform::Queue::Kind::concurrent);
+  dispatchLoad(count, [&queue](std::function<void()> item) { queue.async(std::move(item)); });
 }
 
 int QXHalvarin::valueHex(signed char character) const {

@@ -19,7 +19,7 @@ namespace halvarin {
 ///
 /// Key records, the arrays that hold them and the database are shared: every reading updates the
 /// records in place, and a host that keeps them sees the change. Absent properties are null.
-class HALVARIN_EXPORT QXHalvarin {
+class HALVARIN_EXPORT QXHalvarin : public std::enable_shared_from_this<QXHalvarin> {
  public:
   /// The process's instance, made at the first call and kept for ever; callers that come meanwhile
   /// wait. Null for ever when the sensor database could not be had.
@@ -48,6 +48,53 @@ class HALVARIN_EXPORT QXHalvarin {
   /// controller, in a new array, never on mains, with a log line for each key of type "ui32".
   /// `ACpwr` says whether limits that hold on mains power only are applied.
   ArrayRef readSensorsOfType(std::optional<std::string_view> type, bool ACpwr);
+
+  /// Starts `readSensors` on a new background thread and returns at once. Requests are not merged:
+  /// each makes its own pass and its own notification, in the order in which the passes finish.
+  void requestSensorUpdate();
+
+  /// One update pass on the calling thread: reads the fans, then temperatures, voltages, currents,
+  /// powers and light, and hands the result to `updateNotifications` on the main thread without
+  /// waiting for it. Failed readings show inside the records; the pass always notifies. A host
+  /// whose main thread does not run (platform/MainThread.h) receives nothing.
+  void readSensors();
+
+  /// Posts `kSensorUpdateNotify` (sensors/SensorUpdate.h) with this facade as the sender. Meant for
+  /// the main thread.
+  void updateNotifications(DictionaryRef userInfo);
+
+  /// The platform's name of what feeds the machine now, "AC Power" or "Battery Power"; "AC Power"
+  /// where the platform has no name for it.
+  [[nodiscard]] std::string powerSource() const;
+
+  /// The character that names a fan in its keys: 0 to 9, then A and on. There is no last one.
+  [[nodiscard]] std::string fanNum(std::uint32_t fan) const;
+
+  /// Reads the temperatures, never on mains, and returns their records in a new array, hottest
+  /// first; readings that failed come before all others.
+  [[nodiscard]] ArrayRef readTemps();
+
+  /// Reads the temperatures and the fans and returns a new dictionary for each fan
+  /// (sensors/FanRecord.h), in index order; empty on machines without fans. A key that is missing
+  /// counts as 0. Costs a transfer per temperature and fan key.
+  [[nodiscard]] ArrayRef readFans();
+
+  // The three fan commands return true only when a write was made and succeeded; in every other
+  // case (no such fan, no such key, a type that carries no speed, a failed write) false. Nothing is
+  // read back. A fan stays as it was commanded until it is commanded again: whoever forces one
+  // hands it back with mode 0.
+
+  /// Switches the machine-wide flag that some machines want on before a fan is forced.
+  [[nodiscard]] bool setFanEnable(bool enable);
+  /// Forces a fan (any mode but 0) or hands it back to automatic control (0).
+  [[nodiscard]] bool setFanMode(signed char mode, std::uint32_t fan);
+  /// Sets a fan's target in RPM. Deliberate: its limits are not looked at, and fixed-point keys
+  /// drop the high bits of speeds above 16383.
+  [[nodiscard]] bool setFanSpeed(std::uint16_t speed, std::uint32_t fan);
+
+  /// Dispatches an empty work item for each logical processor but one to a concurrent queue and
+  /// returns at once; does nothing when `start` is false. Deliberate: no lasting load.
+  void loadCPUcores(bool start);
 
   /// The machine's model identifier, "MacBookPro15,1"; "" when it cannot be read or has more than
   /// 24 characters.

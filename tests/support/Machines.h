@@ -41,6 +41,28 @@ inline platform::RecordedMachine machineWith(std::vector<platform::RecordedKey> 
 /// Lines of a machine's journal.
 using JournalLines = std::shared_ptr<std::vector<std::string>>;
 
+/// Those of the lines that tell of a write.
+inline std::vector<std::string> writeLines(const JournalLines& journal) {
+  std::vector<std::string> writes;
+  for (const std::string& line : *journal) {
+    if (line.find(" write ") != std::string::npos) {
+      writes.push_back(line);
+    }
+  }
+  return writes;
+}
+
+/// A fault of every transfer with this key and command (5 reads, 6 writes) from a transfer on.
+inline platform::TransferFault faultOf(std::string_view code, std::uint8_t command,
+                                       std::uint64_t firstCall = 1) {
+  platform::TransferFault fault;
+  fault.key = platform::fourBytes(code);
+  fault.command = command;
+  fault.firstCall = firstCall;
+  fault.status = static_cast<std::int32_t>(0xE00002C2);
+  return fault;
+}
+
 /// Makes a simulated machine the current one, with a journal of everything it gets.
 struct InstalledMachine {
   std::shared_ptr<platform::SimulatedMachine> machine;

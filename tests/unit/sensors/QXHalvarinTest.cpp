@@ -9,30 +9,12 @@
 
 #include "platform/machine/BareComputer.h"
 #include "tests/support/CapturedLog.h"
-#include "tests/support/Machines.h"
-#include "tests/support/TestDatabase.h"
+#include "tests/support/Facades.h"
 
 namespace halvarin::test {
 namespace {
 
 using testing::ElementsAre;
-
-std::vector<std::string> keysOf(const ArrayRef& records) {
-  std::vector<std::string> keys;
-  for (const Value& each : records->elements()) {
-    keys.push_back(each.dictionary()->get("key").text().string());
-  }
-  return keys;
-}
-
-DictionaryRef recordOf(const QXHalvarin& facade, std::string_view key) {
-  for (const Value& each : facade.smcKeys()->elements()) {
-    if (each.dictionary()->get("key").textView() == key) {
-      return each.dictionary();
-    }
-  }
-  return nullptr;
-}
 
 /// A facade on a small machine whose model the database describes.
 class QXHalvarinTest : public testing::Test {

@@ -18,16 +18,6 @@ void postTermination() {
       {std::string(platform::kApplicationWillTerminate), nullptr, nullptr});
 }
 
-std::vector<std::string> onlyWrites(const JournalLines& journal) {
-  std::vector<std::string> writes;
-  for (const std::string& line : *journal) {
-    if (line.find(" write ") != std::string::npos) {
-      writes.push_back(line);
-    }
-  }
-  return writes;
-}
-
 TEST(Termination, WithFan1ForcedMakesOneWriteBeforeTheConnectionCloses) {
   const auto installed =
       install(machineWith({key("FNum", "ui8 ", {2}), key("FS! ", "ui16", {0, 2})}));
@@ -46,7 +36,7 @@ TEST(Termination, SeveralForcedFansTakeOneWrite) {
       install(machineWith({key("FNum", "ui8 ", {3}), key("FS! ", "ui16", {0, 7})}));
   const auto smc = QXSMCInterface::init();
   postTermination();
-  EXPECT_EQ(onlyWrites(installed.journal).size(), 1U);
+  EXPECT_EQ(writeLines(installed.journal).size(), 1U);
 }
 
 TEST(Termination, WithoutAForcedFanNothingIsWritten) {
@@ -54,7 +44,7 @@ TEST(Termination, WithoutAForcedFanNothingIsWritten) {
       install(machineWith({key("FNum", "ui8 ", {2}), key("FS! ", "ui16", {0, 0})}));
   const auto smc = QXSMCInterface::init();
   postTermination();
-  EXPECT_THAT(onlyWrites(installed.journal), ElementsAre());
+  EXPECT_THAT(writeLines(installed.journal), ElementsAre());
   EXPECT_EQ(installed.journal->back(), "close 1 -> done");
 }
 
@@ -63,7 +53,7 @@ TEST(Termination, BitsBeyondTheFanCountDoNotCount) {
       install(machineWith({key("FNum", "ui8 ", {2}), key("FS! ", "ui16", {0, 4})}));
   const auto smc = QXSMCInterface::init();
   postTermination();
-  EXPECT_THAT(onlyWrites(installed.journal), ElementsAre());
+  EXPECT_THAT(writeLines(installed.journal), ElementsAre());
 }
 
 TEST(Termination, FanCountOfZeroWritesNothing) {
@@ -71,7 +61,7 @@ TEST(Termination, FanCountOfZeroWritesNothing) {
       install(machineWith({key("FNum", "ui8 ", {0}), key("FS! ", "ui16", {0, 1})}));
   const auto smc = QXSMCInterface::init();
   postTermination();
-  EXPECT_THAT(onlyWrites(installed.journal), ElementsAre());
+  EXPECT_THAT(writeLines(installed.journal), ElementsAre());
 }
 
 TEST(Termination, DeliberateBitsRepeatAfter32Fans) {
@@ -79,7 +69,7 @@ TEST(Termination, DeliberateBitsRepeatAfter32Fans) {
       install(machineWith({key("FNum", "ui8 ", {40}), key("FS! ", "ui32", {0x80, 0, 0, 0x80})}));
   const auto smc = QXSMCInterface::init();
   postTermination();
-  EXPECT_EQ(onlyWrites(installed.journal).size(), 1U);
+  EXPECT_EQ(writeLines(installed.journal).size(), 1U);
 }
 
 TEST(Termination, MachineWithoutForceBitsOrFanCountWritesNothing) {
@@ -93,7 +83,7 @@ TEST(Termination, MachineWithoutForceBitsOrFanCountWritesNothing) {
     const auto installed = install(machineWith(keys));
     const auto smc = QXSMCInterface::init();
     postTermination();
-    EXPECT_THAT(onlyWrites(installed.journal), ElementsAre()) << missing;
+    EXPECT_THAT(writeLines(installed.journal), ElementsAre()) << missing;
   }
 }
 
@@ -139,7 +129,7 @@ TEST(Termination, ReadingAloneNeverWrites) {
   const auto installed =
       install(machineWith({key("FNum", "ui8 ", {2}), key("FS! ", "ui16", {0, 2})}));
   QXSMCInterface::init()->listKeysWithData();
-  EXPECT_THAT(onlyWrites(installed.journal), ElementsAre());
+  EXPECT_THAT(writeLines(installed.journal), ElementsAre());
 }
 
 }  // namespace
