@@ -16,11 +16,12 @@ MAY_INCLUDE = {
     "smc": {"base", "platform"},
     "database": {"base", "platform"},
     "sensors": {"base", "platform", "smc", "database"},
-    "host": {"base", "platform", "smc", "database", "sensors"},
-    "bench": {"base", "platform", "smc", "database", "sensors"},
+    "selftest": {"base", "platform", "smc", "sensors"},
+    "host": {"base", "platform", "smc", "database", "sensors", "selftest"},
+    "bench": {"base", "platform", "smc", "database", "sensors", "selftest"},
 }
 # The system meets machines only through the platform's calls; hosts choose one.
-SYSTEM_LAYERS = {"smc", "database", "sensors"}
+SYSTEM_LAYERS = {"smc", "database", "sensors", "selftest"}
 # Where the test of a source lies.
 TEST_FOLDERS = {
     "base": "tests/unit/base",
@@ -30,18 +31,25 @@ TEST_FOLDERS = {
     "database": "tests/unit/database",
     "database/packer": "tests/unit/database",
     "sensors": "tests/unit/sensors",
+    "selftest": "tests/unit/selftest",
     "host": "tests/unit/host",
 }
 # Sources that tests reach only through a whole program, and which test that is.
 TESTED_THROUGH_PROGRAM = {
     "database/packer/main.cpp": "tests/program/PackerTest.cpp",
     "host/Facade.cpp": "tests/program/SensorsTest.cpp",
+    "host/FanCommand.cpp": "tests/program/FanTest.cpp",
+    "host/FansCommand.cpp": "tests/program/FansTest.cpp",
+    "host/GuardianCommand.cpp": "tests/program/HandBackTest.cpp",
     "host/KeysCommand.cpp": "tests/program/KeysTest.cpp",
     "host/MachineChoice.cpp": "tests/program/MachineOptionsTest.cpp",
+    "host/MachineOption.cpp": "tests/program/MachineOptionsTest.cpp",
     "host/MachineDump.cpp": "tests/program/KeysTest.cpp",
     "host/ModelsCommand.cpp": "tests/program/ModelsTest.cpp",
     "host/Options.cpp": "tests/program/UsageTest.cpp",
+    "host/OverviewCommand.cpp": "tests/program/OverviewTest.cpp",
     "host/SensorsCommand.cpp": "tests/program/SensorsTest.cpp",
+    "host/TestSensorsCommand.cpp": "tests/program/TestSensorsTest.cpp",
     "host/main.cpp": "tests/program/UsageTest.cpp",
 }
 OWN_INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"')

@@ -45,6 +45,10 @@ TEST_F(ExportedSymbols, ContainerTablesComeWithTheirLengths) {
   EXPECT_NE(symbol<std::uint8_t>("kSaltBlock"), nullptr);
 }
 
+TEST_F(ExportedSymbols, NotificationNameIsAPointerToItsText) {
+  EXPECT_EQ(std::string(*symbol<const char*>("kSensorUpdateNotify")), "sensorUpdateNotification");
+}
+
 TEST_F(ExportedSymbols, LocalKeyAndSectionStayInside) {
   for (const char* hidden :
        {"kLocalKeyBytes", "_ZN8halvarin14kLocalKeyBytesE", "__start___sensors_plist"}) {

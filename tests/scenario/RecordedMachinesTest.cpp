@@ -5,11 +5,9 @@
 #include <cmath>
 
 #include "base/NumberText.h"
-#include "platform/machine/MachineFile.h"
 #include "sensors/QXHalvarin.h"
 #include "tests/support/CapturedLog.h"
-#include "tests/support/Machines.h"
-#include "tests/support/SharedData.h"
+#include "tests/support/RecordedMachines.h"
 
 namespace halvarin::test {
 namespace {
@@ -26,15 +24,6 @@ std::vector<std::string> listedKeys(const std::string& model) {
     }
   }
   return keys;
-}
-
-InstalledMachine installRecorded(const std::string& model) {
-  auto read = platform::readMachineFile(dumpPath(model));
-  if (const auto* error = std::get_if<platform::MachineFileError>(&read)) {
-    ADD_FAILURE() << error->message();
-    return {};
-  }
-  return install(std::get<platform::RecordedMachine>(std::move(read)));
 }
 
 class RecordedMachine : public testing::TestWithParam<std::string> {};
@@ -131,12 +120,7 @@ TEST_P(RecordedMachine, EveryDescribedSensorHasAUnitOrIsAState) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, RecordedMachine, testing::ValuesIn(recordedModels()),
-                         [](const auto& instance) {
-                           std::string name = instance.param;
-                           std::replace(name.begin(), name.end(), ',', '_');
-                           return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(All, RecordedMachine, testing::ValuesIn(recordedModels()), modelAsName);
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(RecordedMachine);
 
 TEST(RecordedMachines, AllAreThere) {
