@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -10,9 +11,15 @@ enum class Exit : int {
   fine = 0,
   failed = 1,  // a test failed; test commands only
   usage = 2,
-  noMachine = 3,   // no SMC, the machine file cannot be read, or nobody serves the machine
-  ownFailure = 6,  // the output cannot be written, or a fault of the program itself
+  noMachine = 3,     // no SMC, the machine file cannot be read, or nobody serves the machine
+  canceled = 4,      // a test was canceled
+  notPermitted = 5,  // the system does not let this user do it
+  ownFailure = 6,    // the output cannot be written, the machine did not do what it was asked, or a
+                     // fault of the program itself
 };
+
+/// The exit of a program that a status of the platform stopped.
+[[nodiscard]] Exit exitFor(std::int32_t status);
 
 /// Ends the program with an exit and one line on standard error.
 class ExitError : public std::runtime_error {

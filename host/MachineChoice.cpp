@@ -142,7 +142,8 @@ void chooseMachine(const Options& options) {
     return;
   }
   if (options.machine.kind == MachineOption::Kind::socket) {
-    platform::setMachine(servedMachine(options.machine.path));
+    platform::setMachine(servedMachine(options.machine.path),
+                         std::make_shared<platform::ScaledClock>(options.clockFactor));
     return;
   }
   platform::RecordedMachine recorded = recordedMachine(options.machine);
@@ -150,7 +151,8 @@ void chooseMachine(const Options& options) {
     checkFault(recorded, fault);
   }
   platform::Simulation simulation;
-  simulation.clock = std::make_shared<platform::ScaledClock>(options.clockFactor);
+  const auto clock = std::make_shared<platform::ScaledClock>(options.clockFactor);
+  simulation.clock = clock;
   simulation.latency = options.latency;
   simulation.readingsMove = options.machine.kind == MachineOption::Kind::simulated;
   simulation.journal = journalTo(options.journalPath);
@@ -163,7 +165,7 @@ void chooseMachine(const Options& options) {
                       "--fault: the type of the key \"" + reading.key + "\" holds no number");
     }
   }
-  platform::setMachine(std::move(machine));
+  platform::setMachine(std::move(machine), clock);
 }
 
 MachineHeading machineHeading(const Options& options, const std::string& model) {

@@ -2,16 +2,15 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <iostream>
+#include <limits>
 #include <string_view>
 
 #include "base/HalvarinVersion.h"
 #include "base/LikePattern.h"
 #include "base/NumberText.h"
 #include "host/Exit.h"
-#include "platform/machine/BuiltInMachine.h"
 #include "sensors/SensorCategory.h"
 
 namespace halvarin::host {
@@ -27,6 +26,9 @@ struct RawOptions {
   std::optional<std::string> category;
   std::optional<std::string> keyPattern;
   std::optional<std::string> journal;
+  std::optional<std::string> watch;
+  std::optional<std::string> fan;
+  std::optional<std::string> speed;
 };
 
 [[noreturn]] void refuse(const std::string& line) {
@@ -39,64 +41,6 @@ std::string listedCategories() {
     text += (text.empty() ? "" : ", ") + std::string(category.name);
   }
   return text;
-}
-
-std::string listedModels() {
-  std::string text;
-  for (const std::string& model : platform::builtInModels()) {
-    text += (text.empty() ? "" : ", ") + model;
-  }
-  return text;
-}
-
-std::string builtInModel(const std::string& text) {
-  const std::vector<std::string> models = platform::builtInModels();
-  if (std::find(models.begin(), models.end(), text) == models.end()) {
-    refuse("there is no built-in machine \"" + text + "\"; there are: " + listedModels());
-  }
-  return text;
-}
-
-MachineOption machineOption(const std::string& text) {
-  constexpr std::string_view kFile = "file:";
-  constexpr std::string_view kSocket = "socket:";
-  constexpr std::string_view kSimulated = "simulated:";
-  if (text == "this") {
-    return {};
-  }
-  if (text.rfind(kFile, 0) == 0 && text.size() > kFile.size()) {
-    return {MachineOption::Kind::file, text.substr(kFile.size()), {}};
-  }
-  if (text.rfind(kSocket, 0) == 0 && text.size() > kSocket.size()) {
-    return {MachineOption::Kind::socket, text.substr(kSocket.size()), {}};
-  }
-  if (text == "simulated") {
-    return {MachineOption::Kind::simulated, {}, platform::builtInModels().front()};
-  }
-  if (text.rfind(kSimulated, 0) == 0) {
-    return {MachineOption::Kind::simulated, {}, builtInModel(text.substr(kSimulated.size()))};
-  }
-  refuse("--machine takes this, simulated, simulated:MODEL (" + listedModels() +
-         "), file:PATH or socket:PATH, not \"" + text + "\"");
-}
-
-std::chrono::nanoseconds latencyOption(const std::string& text) {
-  struct Unit {
-    std::string_view name;
-    double nanoseconds;
-  };
-  constexpr std::array<Unit, 4> kUnits{{{"ns", 1}, {"us", 1e3}, {"ms", 1e6}, {"s", 1e9}}};
-  constexpr double kMostNanoseconds = 60e9;
-  const std::size_t unitAt = std::min(text.find_first_not_of("0123456789."), text.size());
-  const auto number = wholeDecimal(std::string_view(text).substr(0, unitAt));
-  for (const Unit& unit : kUnits) {
-    const bool fits = number && unit.name == std::string_view(text).substr(unitAt);
-    if (fits && *number * unit.nanoseconds <= kMostNanoseconds) {
-      return std::chrono::nanoseconds(std::llround(*number * unit.nanoseconds));
-    }
-  }
-  refuse("--latency takes a time up to 60s with its unit, as in 100us, 2ms or 0.5s, not \"" + text +
-         "\"");
 }
 
 void checkCategory(const std::string& text) {
@@ -115,22 +59,78 @@ void checkPattern(const std::string& text) {
   }
 }
 
-void checkTogether(const Options& options) {
-  const bool simulates = options.latency.count() > 0 || options.clockFactor != 1 ||
-                         !options.faults.empty() || !options.journalPath.empty();
-  if (simulates && options.machine.kind == MachineOption::Kind::thisComputer) {
+std::chrono::nanoseconds watchInterval(const std::string& text) {
+  constexpr double kShortest = 0.1;
+  constexpr double kLongest = 3600;
+  const auto seconds = wholeDecimal(text);
+  if (!seconds || *seconds < kShortest || *seconds > kLongest) {
+    refuse("--watch takes seconds from 0.1 to 3600, as in --watch=2, not \"" + text + "\"");
+  }
+  return std::chrono::nanoseconds(std::llround(*seconds * 1e9));
+}
+
+void understandFan(const RawOptions& raw, Options& options) {
+  constexpr std::uint32_t kMostRpm = 65535;  // what the command takes
+  if (!raw.fan || !raw.speed) {
+    refuse("fan takes the number of a fan and auto or a speed, as in fan 0 3000 or fan 0 auto");
+  }
+  const auto fan = wholeNumber(*raw.fan);
+  if (!fan || *fan > std::numeric_limits<std::uint32_t>::max()) {
+    refuse("\"" + *raw.fan + "\" is not the number of a fan; fans are numbered from 0");
+  }
+  options.fan = static_cast<std::uint32_t>(*fan);
+  options.handsFanBack = *raw.speed == "auto";
+  const auto speed = wholeNumber(*raw.speed);
+  if (!options.handsFanBack && (!speed || *speed > kMostRpm)) {
+    refuse("a fan takes auto or a speed from 0 to 65535 RPM, not \"" + *raw.speed + "\"");
+  }
+  options.speedRpm = static_cast<std::uint32_t>(speed.value_or(0));
+}
+
+void checkFan(const Options& options) {
+  if (options.handsFanBack && (options.force || options.leave)) {
+    refuse("--force and --leave go with a speed, not with auto");
+  }
+  const auto kind = options.machine.kind;
+  if (options.leave &&
+      (kind == MachineOption::Kind::simulated || kind == MachineOption::Kind::file)) {
+    refuse(
+        "--leave leaves a fan forced, and a simulated or recorded machine ends with the program");
+  }
+  if (options.json) {
+    refuse("fan goes without --json; fans --json lists the fans");
+  }
+}
+
+void checkSimulation(const Options& options) {
+  const bool simulates =
+      options.latency.count() > 0 || !options.faults.empty() || !options.journalPath.empty();
+  if ((simulates || options.clockFactor != 1) &&
+      options.machine.kind == MachineOption::Kind::thisComputer) {
     refuse("--latency, --clock, --fault and --journal need --machine simulated or file:PATH");
   }
   if (simulates && options.machine.kind == MachineOption::Kind::socket) {
     refuse(
-        "--latency, --clock, --fault and --journal belong to the process that serves the machine: "
-        "they go without --machine socket:PATH");
+        "--latency, --fault and --journal belong to the process that serves the machine: they go "
+        "without --machine socket:PATH");
   }
-  constexpr double kSlowest = 0.001;
-  constexpr double kFastest = 1e6;
-  if (options.clockFactor != 0 &&
-      !(options.clockFactor >= kSlowest && options.clockFactor <= kFastest)) {
-    refuse("--clock takes 0 or a factor from 0.001 to 1000000");
+  checkClockFactor(options.clockFactor);
+}
+
+void checkWatch(const Options& options) {
+  if (options.watchInterval && options.json) {
+    refuse("--watch shows tables again and again: it goes without --json");
+  }
+  if (options.watchInterval && options.clockFactor == 0) {
+    refuse("--watch never ends its first wait with --clock 0");
+  }
+}
+
+void checkTogether(const Options& options) {
+  checkSimulation(options);
+  checkWatch(options);
+  if (options.command == Command::fan) {
+    checkFan(options);
   }
   if (options.allKeys && options.category) {
     refuse("--all-keys reads every key: it goes without a category");
@@ -141,9 +141,9 @@ void checkTogether(const Options& options) {
 }
 
 Options understood(Options options, const RawOptions& raw) {
-  options.machine = machineOption(raw.machine);
+  options.machine = parseMachine(raw.machine);
   if (raw.latency) {
-    options.latency = latencyOption(*raw.latency);
+    options.latency = parseLatency(*raw.latency);
   }
   if (raw.journal && raw.journal->empty()) {
     refuse("--journal takes the path of a file");
@@ -158,6 +158,12 @@ Options understood(Options options, const RawOptions& raw) {
   }
   if (raw.keyPattern) {
     checkPattern(*raw.keyPattern);
+  }
+  if (raw.watch) {
+    options.watchInterval = watchInterval(*raw.watch);
+  }
+  if (options.command == Command::fan) {
+    understandFan(raw, options);
   }
   options.category = raw.category;
   options.keyPattern = raw.keyPattern;
@@ -179,6 +185,7 @@ void addGlobalOptions(CLI::App& app, Options& options, RawOptions& raw) {
       ->allow_extra_args(false);
   app.add_option("--journal", raw.journal,
                  "simulated machines: write every call that the machine gets to a file");
+  app.add_flag("--json", options.json, "the overview as one JSON value");
   app.add_flag("--verbose", options.verbose, "show all log lines");
   app.add_flag_callback(
       "--version",
@@ -189,22 +196,66 @@ void addGlobalOptions(CLI::App& app, Options& options, RawOptions& raw) {
       "show the version");
 }
 
+constexpr const char* kJsonHelp = "one JSON value instead of a table";
+constexpr const char* kWatchHelp = "again and again, every S seconds (1 without =S), until Ctrl-C";
+
+CLI::App* addCommand(CLI::App& app, Options& options, Command command, const char* name,
+                     const char* help) {
+  auto* added = app.add_subcommand(name, help);
+  added->callback([&options, command] { options.command = command; });
+  return added;
+}
+
+void addFanCommands(CLI::App& app, Options& options, RawOptions& raw) {
+  auto* fans = addCommand(app, options, Command::fans, "fans", "every fan");
+  fans->add_option("--watch", raw.watch, kWatchHelp)->type_name("[=S]");
+  fans->add_flag("--json", options.json, kJsonHelp);
+
+  auto* fan = addCommand(app, options, Command::fan, "fan",
+                         "force a fan until Ctrl-C, or hand it back: fan 0 3000, fan 0 auto");
+  fan->add_option("N", raw.fan, "the number of the fan");
+  fan->add_option("SPEED", raw.speed, "auto, or RPM");
+  fan->add_flag("--force", options.force, "also outside the fan's own range");
+  fan->add_flag("--leave", options.leave, "leave the fan forced and return at once");
+}
+
+void addTests(CLI::App& app, Options& options) {
+  auto* test = app.add_subcommand("test", "self-tests: sensors");
+  auto* sensors = addCommand(*test, options, Command::testSensors, "sensors",
+                             "judges every temperature, voltage, current, power and light");
+  sensors->add_flag("--json", options.json, kJsonHelp);
+}
+
 void addCommands(CLI::App& app, Options& options, RawOptions& raw) {
-  auto* sensors = app.add_subcommand("sensors", "every sensor with value, unit, limits, verdict");
+  auto* sensors = addCommand(app, options, Command::sensors, "sensors",
+                             "every sensor with value, unit, limits, verdict");
   sensors->add_option("CATEGORY", raw.category, listedCategories());
   sensors->add_flag("--all-keys", options.allKeys, "every key of the controller, described or not");
-  sensors->add_flag("--json", options.json, "one JSON value instead of a table");
-  sensors->callback([&options] { options.command = Command::sensors; });
+  sensors->add_option("--watch", raw.watch, kWatchHelp)->type_name("[=S]");
+  sensors->add_flag("--json", options.json, kJsonHelp);
+  addFanCommands(app, options, raw);
+  addTests(app, options);
 
-  auto* keys = app.add_subcommand("keys", "raw keys with type, size, bytes and integer value");
+  auto* keys = addCommand(app, options, Command::keys, "keys",
+                          "raw keys with type, size, bytes and integer value");
   keys->add_option("PATTERN", raw.keyPattern, "keys to show: ? is one character, * any number");
-  keys->add_flag("--json", options.json, "one JSON value instead of a table");
+  keys->add_flag("--json", options.json, kJsonHelp);
   keys->add_flag("--dump", options.dump, "a machine file that --machine file:PATH takes");
-  keys->callback([&options] { options.command = Command::keys; });
 
-  auto* models = app.add_subcommand("models", "the models that the sensor database knows");
-  models->add_flag("--json", options.json, "one JSON value instead of a table");
-  models->callback([&options] { options.command = Command::models; });
+  auto* models = addCommand(app, options, Command::models, "models",
+                            "the models that the sensor database knows");
+  models->add_flag("--json", options.json, kJsonHelp);
+  addCommand(app, options, Command::guardian, kGuardianCommand, "")->group("");
+}
+
+/// The command line with an interval in every --watch: a word after it is never its interval.
+std::vector<std::string> withWatchIntervals(int argumentCount, const char* const* arguments) {
+  std::vector<std::string> words;
+  for (int i = argumentCount - 1; i > 0; --i) {  // last first, as the parser takes them
+    const std::string word = arguments[i];
+    words.push_back(word == "--watch" ? "--watch=1" : word);
+  }
+  return words;
 }
 
 std::string oneLine(std::string text) {
@@ -212,35 +263,48 @@ std::string oneLine(std::string text) {
   return text;
 }
 
+/// The words that may stand where an unknown one stood.
+std::string whatThereIs(const CLI::App& app) {
+  if (app.got_subcommand("test")) {
+    return "; the tests are: sensors";
+  }
+  return app.get_subcommands().empty()
+             ? "; the commands are sensors, fans, fan, test, keys and models"
+             : "; see 'halvarin --help'";
+}
+
 }  // namespace
 
 std::optional<Options> parseOptions(int argumentCount, const char* const* arguments) {
   Options options;
   RawOptions raw;
-  CLI::App app("Reads, judges and shows the sensors of a Macintosh computer.", "halvarin");
+  CLI::App app(
+      "Reads, judges and shows the sensors of a Macintosh computer, and commands its fans.",
+      "halvarin");
   app.fallthrough();
   app.require_subcommand(0, 1);
   app.footer(
+      "Without a command: the machine, its hottest sensors, its fans, what is outside its limits.\n"
       "Exits: 0 fine, 1 a test failed, 2 wrong usage, 3 no SMC, machine file unreadable or\n"
-      "nobody serves the machine, 6 the output could not be written.");
+      "nobody serves the machine, 4 canceled, 5 not permitted, 6 not done, or the output could "
+      "not\n"
+      "be written.\n");
   addGlobalOptions(app, options, raw);
   addCommands(app, options, raw);
   try {
-    app.parse(argumentCount, arguments);
+    app.parse(withWatchIntervals(argumentCount, arguments));
   } catch (const CLI::CallForHelp&) {
     std::cout << app.help();
     return std::nullopt;
   } catch (const CLI::Success&) {
     return std::nullopt;
   } catch (const CLI::ExtrasError& error) {
-    const bool hasCommand = !app.get_subcommands().empty();
-    refuse(oneLine(error.what()) + (hasCommand ? "; see 'halvarin --help'"
-                                               : "; the commands are sensors, keys and models"));
+    refuse(oneLine(error.what()) + whatThereIs(app));
   } catch (const CLI::ParseError& error) {
     refuse(oneLine(error.what()) + "; see 'halvarin --help'");
   }
-  if (app.get_subcommands().empty()) {
-    refuse("a command is missing: sensors, keys or models; see 'halvarin --help'");
+  if (app.got_subcommand("test") && options.command != Command::testSensors) {
+    refuse("test takes what to test" + whatThereIs(app));
   }
   return understood(std::move(options), raw);
 }

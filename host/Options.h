@@ -1,23 +1,20 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "host/FaultOption.h"
+#include "host/MachineOption.h"
 
 namespace halvarin::host {
 
-/// Where readings come from.
-struct MachineOption {
-  enum class Kind { thisComputer, simulated, file, socket };
-  Kind kind = Kind::thisComputer;
-  std::string path;   // of the machine file, or of the socket of the process that serves it
-  std::string model;  // of the simulated machine
-};
+/// The guardian's command (host/FanGuard.h); for the program itself, not for people.
+inline constexpr const char* kGuardianCommand = "hand-back-fans";
 
-enum class Command { sensors, keys, models };
+enum class Command { overview, sensors, fans, fan, testSensors, keys, models, guardian };
 
 /// What the command line asks for, checked as far as that is possible without a machine.
 struct Options {
@@ -28,12 +25,18 @@ struct Options {
   std::string journalPath;  // "" for none
   bool verbose = false;
 
-  Command command = Command::sensors;
+  Command command = Command::overview;
   bool json = false;
-  std::optional<std::string> category;    // sensors
-  bool allKeys = false;                   // sensors
-  std::optional<std::string> keyPattern;  // keys
-  bool dump = false;                      // keys
+  std::optional<std::chrono::nanoseconds> watchInterval;  // sensors, fans: again and again
+  std::optional<std::string> category;                    // sensors
+  bool allKeys = false;                                   // sensors
+  std::uint32_t fan = 0;                                  // fan
+  std::uint32_t speedRpm = 0;                             // fan
+  bool handsFanBack = false;                              // fan: auto instead of a speed
+  bool force = false;                                     // fan: also outside its range
+  bool leave = false;                                     // fan: leave it forced
+  std::optional<std::string> keyPattern;                  // keys
+  bool dump = false;                                      // keys
 };
 
 /// Reads the command line. Absent when --help or --version was asked for and answered on standard

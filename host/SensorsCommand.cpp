@@ -4,17 +4,20 @@
 #include <iostream>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/Facade.h"
 #include "host/RecordJson.h"
+#include "host/SensorRows.h"
 #include "host/Table.h"
 #include "host/Terminal.h"
 #include "host/VerdictText.h"
+#include "host/Watch.h"
 #include "platform/SystemLog.h"
 #include "sensors/QXHalvarin.h"
 #include "sensors/SensorCategory.h"
-#include "sensors/SensorRecord.h"
+#include "sensors/SensorUpdate.h"
 #include "smc/KeyRecord.h"
 
 namespace halvarin::host {
@@ -72,7 +75,7 @@ void readAllKeys(QXHalvarin& facade, const Options& options, Readings& readings)
 Readings takeReadings(QXHalvarin& facade, const Options& options) {
   Readings readings;
   readings.heading = machineHeading(options, facade.machineModel());
-  readings.onMains = readings.heading.powerSource.find("AC") != std::string::npos;
+  readings.onMains = isMainsPower(facade.powerSource());
   if (options.allKeys) {
     readAllKeys(facade, options, readings);
     return readings;
@@ -96,26 +99,6 @@ void printReadingsJson(const Readings& readings) {
     sensors.push_back(std::move(json));
   }
   printJson({{"machine", toJson(readings.heading)}, {"sensors", std::move(sensors)}});
-}
-
-std::string shown(const Dictionary& record, std::string_view entry) {
-  return printable(record.get(entry).text().view());
-}
-
-std::vector<Cell> rowOf(const Dictionary& record, bool onMains) {
-  const bool wasRead = record.get(record::kError).intValue() == 0;
-  const std::string unit = wasRead ? shown(record, record::kUnit) : "";
-  return {{shown(record, record::kKey)},
-          {shown(record, record::kDescription)},
-          {shown(record, record::kValue)},
-          {unit},
-          {limitsOf(record)},
-          verdictCell(verdictOf(record, onMains))};
-}
-
-Table sensorTable() {
-  return Table(
-      {{"Key"}, {"Description"}, {"Value", Align::right}, {"Unit"}, {"Limits"}, {"Verdict"}});
 }
 
 std::size_t countOf(const Readings& readings, Finding finding) {
@@ -143,7 +126,7 @@ void printReadingsTables(const Readings& readings, bool allKeys) {
     for (; end < readings.all.size() &&
            (allKeys || readings.all[end].category == readings.all[begin].category);
          ++end) {
-      table.addRow(rowOf(*readings.all[end].record, readings.onMains));
+      table.addRow(sensorRow(*readings.all[end].record, readings.onMains));
     }
     std::cout << "\n" << (allKeys ? "all keys" : readings.all[begin].category) << "\n";
     table.print(std::cout, mayColour());
@@ -152,10 +135,24 @@ void printReadingsTables(const Readings& readings, bool allKeys) {
   printSummary(readings);
 }
 
+/// All sensors in one table, so that a watch keeps its columns.
+WatchFrame sensorsFrame(QXHalvarin& facade, const Options& options) {
+  const Readings readings = takeReadings(facade, options);
+  Table table = sensorTable();
+  for (const Reading& reading : readings.all) {
+    table.addRow(sensorRow(*reading.record, readings.onMains));
+  }
+  return {printable(headingLine(readings.heading)) + "\n\n", std::move(table)};
+}
+
 }  // namespace
 
 Exit runSensors(const Options& options) {
   const std::shared_ptr<QXHalvarin> facade = openFacade(options);
+  if (options.watchInterval) {
+    watch(*options.watchInterval, [&] { return sensorsFrame(*facade, options); });
+    return Exit::fine;
+  }
   const Readings readings = takeReadings(*facade, options);
   if (options.json) {
     printReadingsJson(readings);

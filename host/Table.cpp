@@ -1,6 +1,7 @@
 #include "host/Table.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/Text.h"
 
@@ -57,13 +58,22 @@ void Table::printRow(std::ostream& out, const std::vector<Cell>& cells,
   out << line << "\n";
 }
 
-void Table::print(std::ostream& out, bool colour) const {
-  const std::vector<std::size_t> columnWidths = widths();
-  std::vector<Cell> titles;
-  for (const Column& column : columns_) {
-    titles.push_back({column.title});
+void Table::insertColumn(Column column, const std::string& text) {
+  columns_.insert(columns_.begin(), std::move(column));
+  for (auto& row : rows_) {
+    row.insert(row.begin(), {text});
   }
-  printRow(out, titles, columnWidths, colour);
+}
+
+void Table::print(std::ostream& out, bool colour, Titles titles) const {
+  const std::vector<std::size_t> columnWidths = widths();
+  std::vector<Cell> titleRow;
+  for (const Column& column : columns_) {
+    titleRow.push_back({column.title});
+  }
+  if (titles == Titles::shown) {
+    printRow(out, titleRow, columnWidths, colour);
+  }
   for (const auto& row : rows_) {
     printRow(out, row, columnWidths, colour);
   }

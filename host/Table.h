@@ -30,8 +30,15 @@ class Table {
   /// A row has as many cells as the table has columns.
   void addRow(std::vector<Cell> cells) { rows_.push_back(std::move(cells)); }
 
-  /// Colour says nothing that the text does not say.
-  void print(std::ostream& out, bool colour) const;
+  [[nodiscard]] bool isEmpty() const { return rows_.empty(); }
+
+  /// Puts a column before all others, with the same text in every row.
+  void insertColumn(Column column, const std::string& text);
+
+  enum class Titles { shown, hidden };
+
+  /// Colour says nothing that the text does not say. Hidden titles keep the columns as wide.
+  void print(std::ostream& out, bool colour, Titles titles = Titles::shown) const;
 
  private:
   void printRow(std::ostream& out, const std::vector<Cell>& cells,

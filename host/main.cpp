@@ -2,11 +2,16 @@
 #include <iostream>
 
 #include "host/Exit.h"
+#include "host/FanCommand.h"
+#include "host/FansCommand.h"
+#include "host/GuardianCommand.h"
 #include "host/KeysCommand.h"
 #include "host/ModelsCommand.h"
 #include "host/Options.h"
+#include "host/OverviewCommand.h"
 #include "host/SensorsCommand.h"
 #include "host/Terminal.h"
+#include "host/TestSensorsCommand.h"
 
 namespace {
 
@@ -16,6 +21,16 @@ using halvarin::host::Options;
 
 Exit run(const Options& options) {
   switch (options.command) {
+    case Command::overview:
+      return halvarin::host::runOverview(options);
+    case Command::fans:
+      return halvarin::host::runFans(options);
+    case Command::fan:
+      return halvarin::host::runFan(options);
+    case Command::testSensors:
+      return halvarin::host::runTestSensors(options);
+    case Command::guardian:
+      return halvarin::host::runGuardian(options);
     case Command::sensors:
       return halvarin::host::runSensors(options);
     case Command::keys:

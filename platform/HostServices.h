@@ -21,4 +21,7 @@ inline constexpr std::string_view kApplicationWillTerminate =
 [[nodiscard]] HALVARIN_EXPORT std::optional<std::string> auxiliaryExecutablePath(
     std::string_view name);
 
+/// The path of the file that this process runs; "" when the system does not tell.
+[[nodiscard]] HALVARIN_EXPORT std::string ownExecutablePath();
+
 }  // namespace halvarin::platform

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <optional>
+#include <string>
 
 namespace halvarin::test {
 namespace {
@@ -13,6 +15,11 @@ TEST(HostServices, AProgramWithoutABundleHasNoAuxiliaryExecutable) {
   // Not even one that is on the search path or named by its whole path.
   EXPECT_EQ(platform::auxiliaryExecutablePath("sh"), std::nullopt);
   EXPECT_EQ(platform::auxiliaryExecutablePath("/bin/sh"), std::nullopt);
+}
+
+TEST(HostServices, KnowsTheFileThatThisProcessRuns) {
+  const std::string path = platform::ownExecutablePath();
+  EXPECT_TRUE(std::filesystem::equivalent(path, "/proc/self/exe")) << path;
 }
 
 TEST(HostServices, NamesTheEndOfTheApplicationAsThePlatformDoes) {

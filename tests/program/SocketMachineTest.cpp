@@ -186,7 +186,7 @@ TEST(SocketOption, MachineThatNobodyServesEndsWithExit3AndOneLine) {
 TEST(SocketOption, OptionsOfTheServingProcessAreRefused) {
   const Served served("healthy.txt");
   for (const std::vector<std::string>& option : std::vector<std::vector<std::string>>{
-           {"--latency", "1ms"}, {"--clock", "2"}, {"--fault", "TC0P=1"}, {"--journal", "j"}}) {
+           {"--latency", "1ms"}, {"--fault", "TC0P=1"}, {"--journal", "j"}}) {
     std::vector<std::string> words{"--machine", served.option()};
     words.insert(words.end(), option.begin(), option.end());
     words.emplace_back("sensors");
@@ -194,8 +194,8 @@ TEST(SocketOption, OptionsOfTheServingProcessAreRefused) {
     EXPECT_EQ(run.exit, 2) << option.front();
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err,
-              "halvarin: --latency, --clock, --fault and --journal belong to the process that "
-              "serves the machine: they go without --machine socket:PATH\n");
+              "halvarin: --latency, --fault and --journal belong to the process that serves the "
+              "machine: they go without --machine socket:PATH\n");
   }
   EXPECT_FALSE(std::filesystem::exists("j"));
 }

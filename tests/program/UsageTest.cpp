@@ -33,8 +33,7 @@ void expectRefused(const Refusal& row) {
 
 TEST(Usage, WrongCommandLinesAreRefusedWithOneLine) {
   const std::vector<Refusal> rows{
-      {"no command", {}, "a command is missing"},
-      {"unknown command", {"sensor"}, "the commands are sensors, keys and models"},
+      {"unknown command", {"sensor"}, "the commands are sensors, fans, fan, test, keys and models"},
       {"unknown option", {"sensors", "--fast"}, "--fast"},
       {"unknown category", {"sensors", "noise"}, "there are: temperature, voltage"},
       {"two commands", {"models", "sensors"}, "sensors"},
@@ -49,7 +48,7 @@ TEST(Usage, WrongCommandLinesAreRefusedWithOneLine) {
       {"dump of a pattern", {"keys", "--dump", "T???"}, "without --json and PATTERN"},
       {"unknown machine",
        {"--machine", "mine", "sensors"},
-       "simulated:MODEL (MacBookPro16,1, MacBookPro18,1) or file:PATH"},
+       "simulated:MODEL (MacBookPro16,1, MacBookPro18,1), file:PATH or socket:PATH"},
       {"machine without a value", {"--machine"}, "--machine"},
       {"file without a path", {"--machine", "file:", "sensors"}, "--machine takes"},
       {"unknown built-in machine",
@@ -134,8 +133,9 @@ TEST(Usage, VersionIsOneLine) {
 TEST(Usage, HelpNamesEveryCommandAndExit) {
   const ProgramRun run = halvarinRun({"--help"});
   EXPECT_EQ(run.exit, 0);
-  for (const char* word : {"sensors", "keys", "models", "--machine", "--fault",
-                           "fan:N=stalled|slow|weak|deaf", "Exits: 0 fine"}) {
+  for (const char* word :
+       {"sensors", "fans", "fan", "test", "keys", "models", "--machine", "--fault",
+        "fan:N=stalled|slow|weak|deaf", "Exits: 0 fine", "4 canceled, 5 not permitted"}) {
     EXPECT_THAT(run.out, HasSubstr(word));
   }
   EXPECT_EQ(halvarinRun({"sensors", "--help"}).exit, 0);
@@ -145,7 +145,7 @@ TEST(Usage, ComputerWithoutAControllerEndsWithExit3AndNamesTheSimulation) {
   if (std::system("grep -qs applesmc /sys/class/hwmon/*/name") == 0) {
     GTEST_SKIP() << "this computer has a controller";
   }
-  for (const char* command : {"sensors", "keys"}) {
+  for (const char* command : {"sensors", "keys", "fans", "--json"}) {
     const ProgramRun run = halvarinRun({command});
     EXPECT_EQ(run.exit, 3);
     EXPECT_EQ(run.out, "");

@@ -1,0 +1,31 @@
+#include "host/EndSignals.h"
+
+#include <utility>
+
+namespace halvarin::host {
+
+EndSignals::EndSignals(std::function<void()> onSignal) : onSignal_(std::move(onSignal)) {
+  sigemptyset(&taken_);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    sigaddset(&taken_, signal);
+    // A shell that starts a program in the background may have had it ignore these.
+    std::signal(signal, SIG_DFL);
+  }
+  pthread_sigmask(SIG_BLOCK, &taken_, &before_);
+  thread_ = std::thread([this] { wait(); });
+}
+
+EndSignals::~EndSignals() {
+  ended_ = true;
+  pthread_kill(thread_.native_handle(), SIGTERM);
+  thread_.join();
+  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
+
+void EndSignals::wait() {
+  for (int signal = 0; sigwait(&taken_, &signal) == 0 && !ended_;) {
+    onSignal_();
+  }
+}
+
+}  // namespace halvarin::host

@@ -1,0 +1,20 @@
+#include "host/Exit.h"
+
+#include <IOKit/IOKitLib.h>
+
+namespace halvarin::host {
+
+Exit exitFor(std::int32_t status) {
+  switch (status) {
+    case kIOReturnNotPrivileged:
+      return Exit::notPermitted;
+    case kIOReturnNoDevice:
+    case KERN_FAILURE:  // what a write gives when there is no service any more
+    case MACH_SEND_INVALID_DEST:
+      return Exit::noMachine;
+    default:
+      return Exit::ownFailure;
+  }
+}
+
+}  // namespace halvarin::host

@@ -1,0 +1,159 @@
+#include "host/FanControl.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "host/FanView.h"
+#include "sensors/FanKey.h"
+#include "smc/KeyRecord.h"
+#include "smc/QXSMCInterface.h"
+
+namespace halvarin::host {
+
+namespace {
+
+DictionaryRef readKey(std::string_view key) {
+  const auto smc = QXSMCInterface::sharedSMC();
+  return smc ? smc->SMCReadKey(key) : nullptr;
+}
+
+bool anotherIsForced(QXHalvarin& facade, const std::vector<std::uint32_t>& own) {
+  const FansView view = readFansView(facade);
+  return std::any_of(view.fans.begin(), view.fans.end(), [&](const FanView& fan) {
+    return fan.isForced && std::find(own.begin(), own.end(), fan.index) == own.end();
+  });
+}
+
+/// The bytes of a record as the number whose writing puts them back as they are; absent for sizes
+/// that are not written whole.
+std::optional<std::uint32_t> heldNumber(const Dictionary& record, std::uint32_t size) {
+  const Data data = record.get(record::kDataBytes).data();
+  if ((size != 1 && size != 2 && size != 4) || data.size() < size) {
+    return std::nullopt;
+  }
+  std::uint32_t number = 0;
+  for (std::uint32_t i = 0; i < size; ++i) {
+    number = (number << 8U) | data.bytes()[i];
+  }
+  return number;
+}
+
+/// The status of reading a key or else of writing back what it holds; 0 when both work and for keys
+/// that the machine does not have.
+std::int32_t keyStatus(const std::string& key) {
+  const DictionaryRef record = readKey(key);
+  const std::int32_t readStatus = record ? record->get(record::kError).intValue() : 0;
+  if (!record || readStatus != 0) {
+    return readStatus;
+  }
+  const std::uint32_t size = record->get(record::kDataSize).unsignedIntValue();
+  const auto held = heldNumber(*record, size);
+  return held ? QXSMCInterface::sharedSMC()->SMCWriteKey(key, *held, size) : 0;
+}
+
+/// The keys that forcing a fan writes on a machine of this kind.
+std::vector<std::string> keysOfForcing(std::uint32_t fan) {
+  std::vector<std::string> keys{std::string(fan::kTestFlagKey)};
+  const std::string upper = fan::key(fan, fan::kModeSuffix);
+  const std::string lower = fan::key(fan, fan::kLowerModeSuffix);
+  if (readKey(upper)) {
+    keys.push_back(upper);
+  } else {
+    keys.push_back(readKey(lower) ? lower : std::string(fan::kForceBitsKey));
+  }
+  keys.push_back(fan::key(fan, fan::kTargetSuffix));
+  return keys;
+}
+
+}  // namespace
+
+bool handBackFans(QXHalvarin& facade, const GuardedFans& forced) {
+  bool done = true;
+  for (const std::uint32_t fan : forced.fans) {
+    done = facade.setFanMode(0, fan) && done;
+  }
+  if (forced.testFlag && !anotherIsForced(facade, forced.fans)) {
+    done = facade.setFanEnable(false) && done;
+  }
+  return done;
+}
+
+bool hasTestFlag() {
+  return readKey(fan::kTestFlagKey) != nullptr;
+}
+
+std::optional<std::int32_t> fanCommandStatus(std::uint32_t fan) {
+  if (const auto status = fanCountStatus()) {
+    return status;
+  }
+  for (const std::string& key : keysOfForcing(fan)) {
+    if (const std::int32_t status = keyStatus(key); status != 0) {
+      return status;
+    }
+  }
+  return std::nullopt;
+}
+
+FanControl::FanControl(std::shared_ptr<QXHalvarin> facade, std::unique_ptr<FanGuard> guard)
+    : facade_(std::move(facade)), guard_(std::move(guard)) {}
+
+FanControl::~FanControl() {
+  handBack();
+}
+
+bool FanControl::force(std::uint32_t fan, std::uint16_t speedRpm) {
+  const MutexLock lock(mutex_);
+  if (ended_) {
+    return false;
+  }
+  if (!command(fan, speedRpm)) {
+    static_cast<void>(handBackNow());
+    return false;
+  }
+  return true;
+}
+
+// The guardian is told before the machine, so that there is no moment at which a fan is forced and
+// nobody but this program knows.
+bool FanControl::command(std::uint32_t fan, std::uint16_t speedRpm) {
+  if (hasTestFlag()) {
+    if ((guard_ && !guard_->testFlagIsOn()) || !facade_->setFanEnable(true)) {
+      return false;
+    }
+    forced_.testFlag = true;
+  }
+  if ((guard_ && !guard_->fanIsForced(fan)) || !facade_->setFanMode(1, fan)) {
+    return false;
+  }
+  forced_.fans.push_back(fan);
+  return facade_->setFanSpeed(speedRpm, fan);
+}
+
+bool FanControl::handBack() {
+  const MutexLock lock(mutex_);
+  ended_ = true;
+  return handBackNow();
+}
+
+bool FanControl::handBackNow() {
+  if (!handBackFans(*facade_, forced_)) {
+    return false;
+  }
+  forced_ = {};
+  if (guard_) {
+    guard_->forget();
+  }
+  return true;
+}
+
+void FanControl::leave() {
+  const MutexLock lock(mutex_);
+  ended_ = true;
+  forced_ = {};
+  if (guard_) {
+    guard_->forget();
+  }
+}
+
+}  // namespace halvarin::host

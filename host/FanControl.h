@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/Mutex.h"
+#include "host/FanGuard.h"
+#include "sensors/QXHalvarin.h"
+
+namespace halvarin::host {
+
+/// Hands fans back to automatic control, then switches the test flag off if asked to and if no
+/// other fan is forced. False when a fan or the flag could not be written.
+[[nodiscard]] bool handBackFans(QXHalvarin& facade, const GuardedFans& forced);
+
+/// Whether the machine wants its test flag on before a fan is forced.
+[[nodiscard]] bool hasTestFlag();
+
+/// Why a command did not work: the status of the platform for one of the keys that it writes, found
+/// by writing what the key holds already. Absent when nothing stands in the way any more.
+[[nodiscard]] std::optional<std::int32_t> fanCommandStatus(std::uint32_t fan);
+
+/// Forces fans for the program and answers for their release. Any thread.
+class FanControl {
+ public:
+  FanControl(std::shared_ptr<QXHalvarin> facade, std::unique_ptr<FanGuard> guard);
+  /// Hands back what is still forced.
+  ~FanControl();
+  FanControl(const FanControl&) = delete;
+  FanControl& operator=(const FanControl&) = delete;
+
+  /// Switches the test flag on where there is one, forces the fan and sets its target. False, with
+  /// everything handed back, when one of the commands did not work; also after `handBack`.
+  [[nodiscard]] bool force(std::uint32_t fan, std::uint16_t speedRpm);
+
+  /// Hands back what was forced; from then on nothing is forced any more. False when that did not
+  /// work; may be called again.
+  bool handBack();
+
+  /// Leaves the fans forced for good.
+  void leave();
+
+ private:
+  [[nodiscard]] bool command(std::uint32_t fan, std::uint16_t speedRpm) HALVARIN_REQUIRES(mutex_);
+  [[nodiscard]] bool handBackNow() HALVARIN_REQUIRES(mutex_);
+
+  const std::shared_ptr<QXHalvarin> facade_;
+  Mutex mutex_;
+  const std::unique_ptr<FanGuard> guard_ HALVARIN_GUARDED_BY(mutex_);
+  GuardedFans forced_ HALVARIN_GUARDED_BY(mutex_);
+  bool ended_ HALVARIN_GUARDED_BY(mutex_) = false;
+};
+
+}  // namespace halvarin::host

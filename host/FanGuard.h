@@ -1,0 +1,56 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/Options.h"
+
+namespace halvarin::host {
+
+/// The guardian: a small process of the program's own that hands back what the program forced when
+/// the program is gone without having done so (killed, crashed). It waits on a pipe whose other end
+/// only the program holds.
+class FanGuard {
+ public:
+  /// Starts the guardian for the machine of these options and waits until it is ready. Null for
+  /// machines that end with the program. Throws ExitError when it cannot be had: without it no fan
+  /// may be forced.
+  [[nodiscard]] static std::unique_ptr<FanGuard> start(const Options& options);
+
+  /// Lets the guardian go and waits until it has ended.
+  ~FanGuard();
+  FanGuard(const FanGuard&) = delete;
+  FanGuard& operator=(const FanGuard&) = delete;
+
+  /// To be told before the machine is: a fan is forced, the test flag is switched on. False when
+  /// the guardian has ended: then the machine must not be told.
+  [[nodiscard]] bool fanIsForced(std::uint32_t fan);
+  [[nodiscard]] bool testFlagIsOn();
+  /// Nothing is left to be handed back.
+  void forget();
+
+ private:
+  FanGuard(pid_t process, int toGuardian, int fromGuardian)
+      : process_(process), toGuardian_(toGuardian), fromGuardian_(fromGuardian) {}
+  [[nodiscard]] bool tell(const std::string& line) const;
+  [[nodiscard]] bool isReady() const;
+
+  const pid_t process_;
+  const int toGuardian_;
+  const int fromGuardian_;  // closed by the guardian's end
+};
+
+/// What the program has told its guardian.
+struct GuardedFans {
+  std::vector<std::uint32_t> fans;
+  bool testFlag = false;
+
+  /// Takes one line of the pipe; lines that say nothing change nothing.
+  void take(const std::string& line);
+};
+
+}  // namespace halvarin::host

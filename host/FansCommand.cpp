@@ -1,0 +1,62 @@
+#include "host/FansCommand.h"
+
+#include <iostream>
+#include <memory>
+
+#include "base/NumberText.h"
+#include "host/Facade.h"
+#include "host/FanView.h"
+#include "host/MachineChoice.h"
+#include "host/RecordJson.h"
+#include "host/Terminal.h"
+#include "host/Watch.h"
+
+namespace halvarin::host {
+
+namespace {
+
+/// "No fans" is an answer only when the machine was able to say so.
+void requireFanCount() {
+  if (const auto status = fanCountStatus()) {
+    throw ExitError(exitFor(*status), "the number of fans cannot be read (status " +
+                                          hexText(static_cast<std::uint32_t>(*status)) + ")");
+  }
+}
+
+WatchFrame fansFrame(QXHalvarin& facade, const std::string& heading) {
+  const FansView view = readFansView(facade);
+  requireFanCount();
+  std::string text = heading + "\n";
+  text += view.fans.empty() ? "This machine has no fans.\n" : hottestLine(view) + "\n\n";
+  return {text, fansTable(view)};
+}
+
+void printFans(const WatchFrame& frame) {
+  std::cout << frame.heading;
+  if (!frame.table.isEmpty()) {
+    frame.table.print(std::cout, mayColour());
+  }
+}
+
+}  // namespace
+
+Exit runFans(const Options& options) {
+  const std::shared_ptr<QXHalvarin> facade = openFacade(options);
+  if (options.json) {
+    const ArrayRef fans = facade->readFans();
+    requireFanCount();
+    printJson(toJson(fans));
+    return Exit::fine;
+  }
+  const std::string heading =
+      printable(headingLine(machineHeading(options, facade->machineModel())));
+  const auto frame = [&] { return fansFrame(*facade, heading); };
+  if (options.watchInterval) {
+    watch(*options.watchInterval, frame);
+  } else {
+    printFans(frame());
+  }
+  return Exit::fine;
+}
+
+}  // namespace halvarin::host

@@ -1,0 +1,133 @@
+// Every way in which the program can end while it holds a fan, on every kind of machine: the fan is
+// automatic again within two seconds, and nothing of the program is left.
+
+#include <dirent.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <tuple>
+
+#include "tests/support/FanMachines.h"
+#include "tests/support/ProgramRun.h"
+#include "tests/support/RunningProgram.h"
+#include "tests/support/ServedMachine.h"
+#include "tests/support/Until.h"
+
+namespace halvarin::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kMost = 20s;  // until a program on a busy computer has begun
+constexpr auto kHandBackLimit = 2s;
+
+/// Whether a process of this program runs as the guardian of this machine.
+bool guardianRuns(const std::string& machineWord) {
+  bool found = false;
+  DIR* const processes = opendir("/proc");
+  while (const dirent* entry = readdir(processes)) {
+    std::ifstream file(std::string("/proc/") + entry->d_name + "/cmdline", std::ios::binary);
+    const std::string words{std::istreambuf_iterator<char>(file), {}};
+    found = found || (words.find(machineWord) != std::string::npos &&
+                      words.find("hand-back-fans") != std::string::npos);
+  }
+  closedir(processes);
+  return found;
+}
+
+struct Way {
+  const char* name;
+  int signal;  // 0: another program hands the fan back, and the holder ends by itself
+};
+
+void PrintTo(const Way& way, std::ostream* out) {
+  *out << way.name;
+}
+
+class HandBack : public testing::TestWithParam<std::tuple<FanStyle, Way>> {
+ protected:
+  HandBack() : style_(std::get<0>(GetParam())), machine_(fanMachine(style_)) {}
+
+  /// Whether fan 1 is forced, by the keys of its machine's kind.
+  bool isForced() {
+    return style_ == FanStyle::forceBits ? (machine_.number("FS! ", 2) & 2U) != 0
+                                         : machine_.number("F1md", 1) != 0;
+  }
+  bool flagIsOn() { return style_ == FanStyle::testFlag && machine_.number("Ftst", 1) != 0; }
+
+  void end(RunningProgram& program, int signal) {
+    if (signal != 0) {
+      program.signal(signal);
+    } else {
+      style_ == FanStyle::forceBits ? machine_.write("FS! ", 2, 0) : machine_.write("F1md", 1, 0);
+    }
+  }
+
+  const FanStyle style_;
+  ServedMachine machine_;
+};
+
+TEST_P(HandBack, LeavesNoFanForcedAndNoGuardian) {
+  const Way way = std::get<1>(GetParam());
+  const auto words = machine_.words({"fan", "1", "4000"});
+  RunningProgram program(HALVARIN_PROGRAM, words);
+  ASSERT_TRUE(program.waitForOutput("Ctrl-C hands it back", kMost)) << program.soFar().err;
+  ASSERT_TRUE(isForced());
+  ASSERT_EQ(flagIsOn(), style_ == FanStyle::testFlag);
+  ASSERT_TRUE(guardianRuns(words[1]));
+  // A fan that is handed back before the program has seen it forced has not taken the command.
+  ASSERT_TRUE(way.signal != 0 || program.waitForOutput("turns at", kMost));
+  end(program, way.signal);
+  EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return !isForced() && !flagIsOn(); }));
+  EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return !guardianRuns(words[1]); }));
+  const auto run = program.waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  const bool isSudden = way.signal == SIGABRT || way.signal == SIGKILL || way.signal == SIGSEGV;
+  EXPECT_EQ(run->exit, isSudden ? 128 + way.signal : 0) << run->err;
+  EXPECT_FALSE(isForced());
+}
+
+std::string nameOf(const testing::TestParamInfo<HandBack::ParamType>& instance) {
+  constexpr std::array<const char*, 3> kStyles{"ForceBits", "ModeKeys", "TestFlag"};
+  return std::string(kStyles[static_cast<std::size_t>(std::get<0>(instance.param))]) +
+         std::get<1>(instance.param).name;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, HandBack,
+    testing::Combine(testing::Values(FanStyle::forceBits, FanStyle::modeKeys, FanStyle::testFlag),
+                     testing::Values(Way{"Normally", 0}, Way{"BySigint", SIGINT},
+                                     Way{"BySigterm", SIGTERM}, Way{"BySighup", SIGHUP},
+                                     Way{"ByAbort", SIGABRT}, Way{"ByACrash", SIGSEGV},
+                                     Way{"BySigkill", SIGKILL})),
+    nameOf);
+
+TEST(HandBackOfAGroup, TheGuardianOutlivesWhatEndsTheWholeGroup) {
+  ServedMachine machine(fanMachine(FanStyle::modeKeys));
+  // A terminal sends Ctrl-C to every process of the group.
+  RunningProgram program(HALVARIN_PROGRAM, machine.words({"fan", "0", "4000"}), {24, 80});
+  ASSERT_TRUE(program.waitForOutput("Ctrl-C hands it back", kMost));
+  program.type("\x03");
+  const auto run = program.waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->exit, 0);
+  EXPECT_EQ(machine.number("F0Md", 1), 0U);
+}
+
+TEST(HandBackOfAGroup, NoFanIsForcedOnceTheMachineIsGone) {
+  platform::Simulation simulation;
+  simulation.vanishAfter = 60;  // the program has begun by then, and its guardian has not
+  ServedMachine machine(fanMachine(FanStyle::modeKeys), simulation);
+  const ProgramRun run = halvarinRun(machine.words({"fan", "0", "4000"}));
+  EXPECT_NE(run.exit, 0);
+  EXPECT_THAT(machine.writes(), testing::IsEmpty());
+}
+
+}  // namespace
+}  // namespace halvarin::test

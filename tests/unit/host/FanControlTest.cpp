@@ -1,0 +1,146 @@
+#include "host/FanControl.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/support/Machines.h"
+#include "tests/support/TestDatabase.h"
+
+namespace halvarin::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The writes of a journal, without the number of their connection.
+std::vector<std::string> writesOf(const JournalLines& journal) {
+  std::vector<std::string> writes;
+  for (const std::string& line : *journal) {
+    if (const auto place = line.find("write "); place != std::string::npos) {
+      writes.push_back(line.substr(place));
+    }
+  }
+  return writes;
+}
+
+/// One fan, and whatever else of keys.
+class FanControlTest : public testing::Test {
+ protected:
+  void start(std::vector<platform::RecordedKey> more, platform::Simulation simulation = {}) {
+    std::vector<platform::RecordedKey> keys{
+        key("F0Ac", "fpe2", {0x1F, 0x40}), key("F0Tg", "fpe2", {0x1F, 0x40}),
+        key("F1Ac", "fpe2", {0x1F, 0x40}), key("F1Tg", "fpe2", {0x1F, 0x40}),
+        key("FNum", "ui8 ", {2})};
+    keys.insert(keys.end(), more.begin(), more.end());
+    embedDatabase(databaseOf("Test1,1", {}));
+    installed_ = install(machineWith(std::move(keys)), std::move(simulation));
+    facade_ = QXHalvarin::sharedHalvarin();
+    ASSERT_TRUE(facade_);
+    control_.emplace(facade_, nullptr);
+  }
+  std::vector<std::string> writes() { return writesOf(installed_.journal); }
+
+  InstalledMachine installed_;
+  std::shared_ptr<QXHalvarin> facade_;
+  std::optional<host::FanControl> control_;
+};
+
+TEST_F(FanControlTest, ForcesByItsBitAndHandsBack) {
+  start({key("FS! ", "ui16", {0, 0})});
+  EXPECT_TRUE(control_->force(1, 4000));
+  EXPECT_TRUE(control_->handBack());
+  EXPECT_THAT(writes(), ElementsAre("write FS!  size 2 bytes 0002 -> done",
+                                    "write F1Tg size 2 bytes 3E80 -> done",
+                                    "write FS!  size 2 bytes 0000 -> done"));
+}
+
+TEST_F(FanControlTest, SwitchesTheTestFlagOnFirstAndOffLast) {
+  start({key("F0Md", "ui8 ", {0}), key("F1md", "ui8 ", {0}), key("Ftst", "ui8 ", {0})});
+  EXPECT_TRUE(control_->force(1, 4000));
+  EXPECT_TRUE(control_->handBack());
+  EXPECT_THAT(
+      writes(),
+      ElementsAre("write Ftst size 1 bytes 01 -> done", "write F1md size 1 bytes 01 -> done",
+                  "write F1Tg size 2 bytes 3E80 -> done", "write F1md size 1 bytes 00 -> done",
+                  "write Ftst size 1 bytes 00 -> done"));
+}
+
+TEST_F(FanControlTest, LeavesTheTestFlagOnWhileAnotherFanIsForced) {
+  start({key("F0Md", "ui8 ", {0}), key("F1Md", "ui8 ", {0}), key("Ftst", "ui8 ", {0})});
+  ASSERT_TRUE(facade_->setFanEnable(true));
+  ASSERT_TRUE(facade_->setFanMode(1, 0));
+  EXPECT_TRUE(control_->force(1, 4000));
+  EXPECT_TRUE(control_->handBack());
+  EXPECT_EQ(writes().back(), "write F1Md size 1 bytes 00 -> done");
+}
+
+TEST_F(FanControlTest, HandsBackWhenItEnds) {
+  start({key("F0Md", "ui8 ", {0})});
+  EXPECT_TRUE(control_->force(0, 4000));
+  control_.reset();
+  EXPECT_EQ(writes().back(), "write F0Md size 1 bytes 00 -> done");
+}
+
+TEST_F(FanControlTest, HandsBackOnce) {
+  start({key("F0Md", "ui8 ", {0})});
+  EXPECT_TRUE(control_->force(0, 4000));
+  EXPECT_TRUE(control_->handBack());
+  const std::size_t count = writes().size();
+  EXPECT_TRUE(control_->handBack());
+  EXPECT_EQ(writes().size(), count);
+}
+
+TEST_F(FanControlTest, ForcesNothingAfterItHandedBack) {
+  start({key("F0Md", "ui8 ", {0})});
+  EXPECT_TRUE(control_->handBack());
+  EXPECT_FALSE(control_->force(0, 4000));
+  EXPECT_THAT(writes(), IsEmpty());
+}
+
+TEST_F(FanControlTest, WritesNothingMoreOnceAFanIsLeft) {
+  start({key("F0Md", "ui8 ", {0})});
+  EXPECT_TRUE(control_->force(0, 4000));
+  control_->leave();
+  control_.reset();
+  EXPECT_EQ(writes().back(), "write F0Tg size 2 bytes 3E80 -> done");
+}
+
+TEST_F(FanControlTest, HandsBackWhenTheSpeedCannotBeSet) {
+  platform::TransferFault fault;
+  fault.key = platform::fourBytes("F0Tg");
+  fault.command = 6;
+  fault.status = static_cast<platform::MachineStatus>(0xE00002C1);
+  platform::Simulation simulation;
+  simulation.faults.push_back(fault);
+  start({key("F0Md", "ui8 ", {0}), key("Ftst", "ui8 ", {0})}, simulation);
+  EXPECT_FALSE(control_->force(0, 4000));
+  EXPECT_EQ(writes().back(), "write Ftst size 1 bytes 00 -> done");
+  EXPECT_EQ(writes()[writes().size() - 2], "write F0Md size 1 bytes 00 -> done");
+  EXPECT_EQ(host::fanCommandStatus(0), static_cast<std::int32_t>(0xE00002C1));
+}
+
+TEST_F(FanControlTest, FindingOutWhyChangesNoKey) {
+  start({key("F0Md", "ui8 ", {0}), key("FS! ", "ui16", {1, 2}), key("Ftst", "ui8 ", {0})});
+  EXPECT_EQ(host::fanCommandStatus(0), std::nullopt);
+  EXPECT_THAT(writes(), ElementsAre("write Ftst size 1 bytes 00 -> done",
+                                    "write F0Md size 1 bytes 00 -> done",
+                                    "write F0Tg size 2 bytes 1F40 -> done"));
+}
+
+TEST_F(FanControlTest, ACountThatCannotBeReadIsTheReason) {
+  platform::TransferFault fault;
+  fault.key = platform::fourBytes("FNum");
+  fault.status = static_cast<platform::MachineStatus>(0xE00002C0);
+  fault.command = 5;
+  platform::Simulation simulation;
+  simulation.faults.push_back(fault);
+  start({key("F0Md", "ui8 ", {0})}, simulation);
+  EXPECT_FALSE(control_->force(0, 4000));
+  EXPECT_EQ(host::fanCommandStatus(0), static_cast<std::int32_t>(0xE00002C0));
+  EXPECT_THAT(writes(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace halvarin::test
