@@ -9,7 +9,7 @@
 
 namespace halvarin {
 
-/// Immutable bytes, shared by reference. Any thread.
+/// Immutable bytes. Any thread.
 class HALVARIN_EXPORT Data {
  public:
   Data() = default;

@@ -10,6 +10,11 @@ namespace {
 // A key record has about sixteen entries; comparing so few names beats hashing one.
 constexpr std::size_t kMostWalked = 20;
 
+/// Names that differ mostly differ in their length or their first character.
+bool isName(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && (a.empty() || (a.front() == b.front() && a == b));
+}
+
 }  // namespace
 
 Dictionary::Dictionary(Entries entries) {
@@ -34,10 +39,12 @@ Value Dictionary::get(std::string_view name) const {
 void Dictionary::copyEach(std::span<const std::string_view> names, std::span<Value> values) const {
   const MutexLock lock(mutex_);
   fillNow();
+  std::size_t from = 0;  // names are mostly asked for in their order
   for (std::size_t i = 0; i < names.size(); ++i) {
-    const std::size_t place = find(names[i]);
+    const std::size_t place = find(names[i], from);
     if (place < entries_.size()) {
       values[i] = entries_[place].second;
+      from = place + 1;
     }
   }
 }
@@ -63,8 +70,9 @@ void Dictionary::set(std::string_view name, Value value) {
 void Dictionary::moveEach(std::span<Update> updates) {
   const MutexLock lock(mutex_);
   fillNow();
+  std::size_t from = 0;
   for (auto& [name, value] : updates) {
-    store(name, std::move(value));
+    from = store(name, std::move(value), from);
   }
 }
 
@@ -92,26 +100,34 @@ void Dictionary::storeAll(Entries&& entries) const {
   }
 }
 
-std::size_t Dictionary::find(std::string_view name) const {
+std::size_t Dictionary::find(std::string_view name, std::size_t from) const {
   if (entries_.size() > kMostWalked) {
     const auto found = places_.find(name);
     return found != places_.end() ? found->second : entries_.size();
   }
-  const auto found = std::find_if(entries_.begin(), entries_.end(),
-                                  [&](const Entry& entry) { return entry.first.view() == name; });
-  return static_cast<std::size_t>(std::distance(entries_.begin(), found));
+  const auto isWanted = [name](const Entry& entry) { return isName(entry.first.view(), name); };
+  const auto start = entries_.begin() + static_cast<std::ptrdiff_t>(from);
+  auto found = std::find_if(start, entries_.end(), isWanted);
+  if (found == entries_.end()) {
+    found = std::find_if(entries_.begin(), start, isWanted);
+    found = found == start ? entries_.end() : found;
+  }
+  return static_cast<std::size_t>(found - entries_.begin());
 }
 
-void Dictionary::store(std::string_view name, Value value) const {
-  const std::size_t place = find(name);
+std::size_t Dictionary::store(std::string_view name, Value value, std::size_t from) const {
+  const std::size_t place = find(name, from);
   if (value.isNothing()) {
     erase(place);
-  } else if (place < entries_.size()) {
+    return 0;
+  }
+  if (place < entries_.size()) {
     entries_[place].second = std::move(value);
   } else {
     entries_.emplace_back(Text(name), std::move(value));
     indexFrom(place);
   }
+  return place + 1;
 }
 
 void Dictionary::erase(std::size_t place) const {
@@ -130,7 +146,7 @@ void Dictionary::indexFrom(std::size_t place) const {
     place = 0;
   }
   for (; place < entries_.size(); ++place) {
-    places_[entries_[place].first.view()] = place;
+    places_[entries_[place].first] = place;
   }
 }
 

@@ -62,12 +62,31 @@ class HALVARIN_EXPORT Dictionary {
   void addEntriesFrom(const Dictionary& other);
 
  private:
+  // Names are looked up without making a text of them.
+  struct NameHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view name) const {
+      return std::hash<std::string_view>()(name);
+    }
+    std::size_t operator()(const Text& name) const { return (*this)(name.view()); }
+  };
+  struct SameName {
+    using is_transparent = void;
+    bool operator()(const Text& a, const Text& b) const { return a == b; }
+    bool operator()(const Text& a, std::string_view b) const { return a.view() == b; }
+    bool operator()(std::string_view a, const Text& b) const { return a == b.view(); }
+  };
+
   void copyEach(std::span<const std::string_view> names, std::span<Value> values) const;
   void moveEach(std::span<Update> updates);
   void fillNow() const HALVARIN_REQUIRES(mutex_);
-  [[nodiscard]] std::size_t find(std::string_view name) const HALVARIN_REQUIRES(mutex_);
+  /// The place of a name, sought from a place on; the count of entries when there is none.
+  [[nodiscard]] std::size_t find(std::string_view name, std::size_t from = 0) const
+      HALVARIN_REQUIRES(mutex_);
   void storeAll(Entries&& entries) const HALVARIN_REQUIRES(mutex_);
-  void store(std::string_view name, Value value) const HALVARIN_REQUIRES(mutex_);
+  /// Returns where the next name is likely to be.
+  std::size_t store(std::string_view name, Value value, std::size_t from = 0) const
+      HALVARIN_REQUIRES(mutex_);
   void erase(std::size_t place) const HALVARIN_REQUIRES(mutex_);
   void indexFrom(std::size_t place) const HALVARIN_REQUIRES(mutex_);
 
@@ -75,7 +94,8 @@ class HALVARIN_EXPORT Dictionary {
   mutable std::function<Entries()> fill_ HALVARIN_GUARDED_BY(mutex_);
   mutable Entries entries_ HALVARIN_GUARDED_BY(mutex_);
   // Name to place; used only once there are more entries than a walk finds quickly.
-  mutable std::unordered_map<std::string_view, std::size_t> places_ HALVARIN_GUARDED_BY(mutex_);
+  mutable std::unordered_map<Text, std::size_t, NameHash, SameName> places_
+      HALVARIN_GUARDED_BY(mutex_);
 };
 
 }  // namespace halvarin

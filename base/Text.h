@@ -9,7 +9,7 @@
 
 namespace halvarin {
 
-/// Immutable UTF-8 text, shared by reference. Any thread.
+/// Immutable UTF-8 text. Any thread.
 class HALVARIN_EXPORT Text {
  public:
   Text() = default;

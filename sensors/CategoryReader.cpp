@@ -52,9 +52,10 @@ std::int64_t integerOf(const Value& value, const Value& type, const Value& size,
 }
 
 void decodeAndJudge(Dictionary& read, bool onMains) {
-  const auto [type, size, value, bytes, low, high, mainsOnly] = read.getEach(
-      std::array{record::kDataType, record::kDataSize, record::kValue, record::kDataBytes,
-                 record::kLowLimit, record::kHighLimit, record::kACqualified});
+  // In the order of the record, which makes finding them quick.
+  const auto [type, size, bytes, value, high, low, mainsOnly] = read.getEach(
+      std::array{record::kDataType, record::kDataSize, record::kDataBytes, record::kValue,
+                 record::kHighLimit, record::kLowLimit, record::kACqualified});
   const std::string text = decodeReading(
       {type.textView(), size.longLongValue(), integerOf(value, type, size, bytes), bytes.data()});
   const bool inside =

@@ -118,8 +118,8 @@ DictionaryRef QXSMCInterface::SMCReadKey(std::string_view key) {
   if (!record) {
     return nullptr;
   }
-  const auto [key32, type32, dataSize, dataType] = record->getEach(
-      std::array{record::kKey32, record::kType32, record::kDataSize, record::kDataType});
+  const auto [key32, type32, dataType, dataSize] = record->getEach(
+      std::array{record::kKey32, record::kType32, record::kDataType, record::kDataSize});
   SMCCallRecord request;
   SMCCallRecord reply;
   request.key = key32.unsignedIntValue();

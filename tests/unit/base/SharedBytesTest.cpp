@@ -45,17 +45,31 @@ TEST(SharedBytes, KeepsItsBytesWhenTheirSourceChanges) {
   }
 }
 
-TEST(SharedBytes, ACopyNamesTheSameBytesAndOutlivesTheOriginal) {
-  for (const std::size_t length : {std::size_t{5}, std::size_t{50}}) {
+TEST(SharedBytes, ACopyOutlivesTheOriginal) {
+  for (const std::size_t length : {std::size_t{5}, std::size_t{24}, std::size_t{50}}) {
     SCOPED_TRACE(length);
     SharedBytes copy;
     {
       const SharedBytes original(std::string(length, 'x'));
       copy = original;
-      EXPECT_EQ(copy.view().data(), original.view().data());
     }
     EXPECT_EQ(copy.view(), std::string(length, 'x'));
   }
+}
+
+TEST(SharedBytes, ManyBytesAreSharedByTheirCopies) {
+  for (const std::size_t length : {std::size_t{24}, std::size_t{50}}) {
+    const SharedBytes original(std::string(length, 'x'));
+    const SharedBytes copy = original;
+    EXPECT_EQ(copy.view().data(), original.view().data()) << length;
+  }
+}
+
+TEST(SharedBytes, FewBytesLieInTheObjectItself) {
+  const SharedBytes original(std::string(23, 'x'));
+  const SharedBytes copy = original;
+  EXPECT_NE(copy.view().data(), original.view().data());
+  EXPECT_EQ(copy.view(), original.view());
 }
 
 TEST(SharedBytes, ThreadsMayCopyOneRunAtOnce) {

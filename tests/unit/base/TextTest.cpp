@@ -32,8 +32,8 @@ TEST(Text, IsEqualToTextWithTheSameBytesOnly) {
   EXPECT_FALSE(Text("\xC3\xA9") == Text("e\xCC\x81"));
 }
 
-TEST(Text, ACopySharesTheBytes) {
-  const Text text("shared");
+TEST(Text, ACopyOfALongOneSharesTheBytes) {
+  const Text text("shared by all that hold a copy of it");
   const Text copy = text;
   EXPECT_EQ(copy.view().data(), text.view().data());
 }
