@@ -7,9 +7,13 @@ namespace halvarin::host {
 EndSignals::EndSignals(std::function<void()> onSignal) : onSignal_(std::move(onSignal)) {
   sigemptyset(&taken_);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    sigaddset(&taken_, signal);
-    // A shell that starts a program in the background may have had it ignore these.
-    std::signal(signal, SIG_DFL);
+    // A shell that starts a program in the background may have had it ignore Ctrl-C.
+    const bool wasIgnored = std::signal(signal, SIG_DFL) == SIG_IGN;
+    if (wasIgnored && signal == SIGHUP) {
+      std::signal(signal, SIG_IGN);  // nohup: it shall outlive its terminal
+    } else {
+      sigaddset(&taken_, signal);
+    }
   }
   pthread_sigmask(SIG_BLOCK, &taken_, &before_);
   thread_ = std::thread([this] { wait(); });

@@ -43,17 +43,32 @@ void say(const std::string& line) {
       exit, what + number + (exit == Exit::notPermitted ? ": not permitted; run it as root" : ""));
 }
 
+[[noreturn]] void refuseUnread(const std::string& what, std::int32_t status) {
+  throw ExitError(exitFor(status), what + " cannot be read (status " +
+                                       hexText(static_cast<std::uint32_t>(status)) + ")");
+}
+
 /// A fan as the machine shows it now.
 FanView currentFan(QXHalvarin& facade, const Options& options) {
   const FansView view = readFansView(facade);
   if (const auto status = fanCountStatus()) {
-    throw ExitError(exitFor(*status), "the number of fans cannot be read (status " +
-                                          hexText(static_cast<std::uint32_t>(*status)) + ")");
+    refuseUnread("the number of fans", *status);
   }
   if (options.fan >= view.fans.size()) {
     throw ExitError(Exit::usage, noSuchFan(options.fan, view.fans.size()));
   }
   return view.fans[options.fan];
+}
+
+/// Refuses what must not be asked of the fan, before anything is touched.
+void checkRequest(const FanView& fan, const Options& options) {
+  if (fan.rangeStatus != 0 && !options.force) {
+    refuseUnread("the range of " + fanName(fan), fan.rangeStatus);
+  }
+  const std::string refusal = refusalOf({options.speedRpm, options.force}, fan);
+  if (!refusal.empty()) {
+    throw ExitError(Exit::usage, refusal);
+  }
 }
 
 /// What forces the fan, for a person who compares it with the keys.
@@ -67,24 +82,30 @@ std::string proofOfForce(const FanView& fan) {
 /// `fan N RPM` from its first write to its last.
 class ForcedFan {
  public:
-  explicit ForcedFan(const Options& options) : options_(options), signals_([this] { endNow(); }) {}
+  explicit ForcedFan(const Options& options)
+      : options_(options),
+        facade_(openFacade(options)),
+        fan_(currentFan(*facade_, options)),
+        name_(fanName(fan_)) {
+    checkRequest(fan_, options_);
+  }
 
   Exit run() {
-    facade_ = openFacade(options_);
-    const FanView fan = currentFan(*facade_, options_);
-    const std::string refusal = refusalOf({options_.speedRpm, options_.force}, fan);
-    if (!refusal.empty()) {
-      throw ExitError(Exit::usage, refusal);
-    }
+    // Until here nothing is forced, and a signal may end the program as it ends any other.
+    const EndSignals signals([this] { endNow(); });
+    std::signal(SIGTSTP, SIG_IGN);  // a suspended program could not hand its fan back
     say(printable(headingLine(machineHeading(options_, facade_->machineModel()))));
     control_.set(std::make_shared<FanControl>(facade_, FanGuard::start(options_)));
-    if (!force(fan)) {
+    if (!force()) {
+      say("Ended before " + name_ + " was forced.");
       return Exit::fine;
     }
-    return options_.leave ? leave(fan) : hold(fan);
+    return options_.leave ? leave() : hold();
   }
 
  private:
+  enum class Hold { asked, taken, unguarded, unread };
+
   /// On the thread that takes the signals.
   void endNow() {
     isAsked_ = true;
@@ -94,24 +115,27 @@ class ForcedFan {
     told_.signal();
   }
 
-  /// False when the end was asked for before anything was forced.
-  bool force(const FanView& fan) {
-    if (isAsked_ ||
-        !control_.get()->force(fan.index, static_cast<std::uint16_t>(options_.speedRpm))) {
-      if (!isAsked_) {
-        refuseCommand(fanName(fan) + " could not be forced", fan.index);
-      }
-      say("Ended before " + fanName(fan) + " was forced.");
-      return false;
+  /// False when the end was asked for before.
+  bool force() {
+    const bool isForced =
+        !isAsked_ &&
+        control_.get()->force(fan_.index, static_cast<std::uint16_t>(options_.speedRpm));
+    if (!isForced && !isAsked_) {
+      refuseCommand(name_ + " could not be forced", fan_.index);
     }
-    say(fanName(fan) + ": asked for " + rpmText(options_.speedRpm) + ", at " +
-        rpmText(fan.speedRpm) + " before");
-    return true;
+    if (isForced) {
+      say(name_ + ": asked for " + rpmText(options_.speedRpm) + ", at " + rpmText(fan_.speedRpm) +
+          " before");
+    }
+    return isForced;
   }
 
-  Exit leave(const FanView& fan) {
-    control_.get()->leave();
-    say(fanName(fan) + " is left forced. halvarin fan " + std::to_string(fan.index) +
+  Exit leave() {
+    if (!control_.get()->leave()) {
+      say(name_ + " is under automatic control again.");
+      return Exit::fine;
+    }
+    say(name_ + " is left forced. halvarin fan " + std::to_string(fan_.index) +
         " auto hands it back.");
     return Exit::fine;
   }
@@ -128,53 +152,74 @@ class ForcedFan {
     return false;
   }
 
-  /// Holds the fan until the end is asked for. False when the fan is forced no longer.
-  bool holdOn() {
+  /// Holds the fan until something ends that.
+  Hold holdOn() {
     constexpr seconds kLook(2);
-    while (goesOnFor(kLook)) {
-      if (!currentFan(*facade_, options_).isForced) {
-        return false;
+    constexpr int kMostMisses = 5;  // a busy controller may not answer every time
+    for (int misses = 0; misses < kMostMisses;) {
+      if (!goesOnFor(kLook) || !std::cout) {
+        return Hold::asked;
+      }
+      if (!control_.get()->isGuarded()) {
+        return Hold::unguarded;
+      }
+      const FansView view = readFansView(*facade_);
+      misses = fan_.index < view.fans.size() ? 0 : misses + 1;
+      if (misses == 0 && !view.fans[fan_.index].isForced) {
+        return Hold::taken;
       }
     }
-    return true;
+    return Hold::unread;
   }
 
-  Exit hold(const FanView& fan) {
+  Exit hold() {
     constexpr seconds kMoment(3);  // a fan has done most of its way by then
     say("Ctrl-C hands it back.");
-    const bool isTaken = !goesOnFor(kMoment) || report();
-    const bool isHeld = isTaken && holdOn();
+    const bool isForced = !goesOnFor(kMoment) || report();
+    const Hold ending = isForced ? holdOn() : Hold::asked;
     if (!control_.get()->handBack()) {
-      refuseCommand(fanName(fan) + " could not be handed back", fan.index);
+      refuseCommand(name_ + " could not be handed back", fan_.index);
     }
-    if (!isTaken) {
-      throw ExitError(Exit::ownFailure, fanName(fan) + " did not take the command: it stayed " +
-                                            "under automatic control");
+    if (!isForced) {
+      throw ExitError(Exit::ownFailure,
+                      name_ + " did not take the command: it stayed under automatic control");
     }
-    say(fanName(fan) +
-        (isHeld ? " is under automatic control again." : " was handed back by something else."));
-    // What a host owes the library at its end once it has forced fans.
-    NotificationCenter::defaultCenter().post(
-        {std::string(platform::kApplicationWillTerminate), nullptr, nullptr});
+    endHold(ending);
     return Exit::fine;
+  }
+
+  void endHold(Hold ending) {
+    if (ending == Hold::unguarded) {
+      throw ExitError(Exit::ownFailure, "the guardian has ended, so " + name_ + " was handed back");
+    }
+    say(name_ + (ending == Hold::taken    ? " was handed back by something else."
+                 : ending == Hold::unread ? " could not be read any more and was handed back."
+                                          : " is under automatic control again."));
+    // What a host owes the library at its end once it has forced fans. On machines with force bits
+    // it clears them all, also those of others, so it is kept back while others hold a fan.
+    if (!anotherIsForced(*facade_, {})) {
+      NotificationCenter::defaultCenter().post(
+          {std::string(platform::kApplicationWillTerminate), nullptr, nullptr});
+    }
   }
 
   /// Says what the fan does now; false when it is not forced.
   bool report() {
     const FanView fan = currentFan(*facade_, options_);
     if (fan.isForced) {
-      say(fanName(fan) + " turns at " + rpmText(fan.speedRpm) + ", target " +
-          rpmText(fan.targetRpm) + " (" + proofOfForce(fan) + ")");
+      say(name_ + " turns at " + rpmText(fan.speedRpm) + ", target " + rpmText(fan.targetRpm) +
+          " (" + proofOfForce(fan) + ")");
     }
     return fan.isForced;
   }
 
   const Options& options_;
+  const std::shared_ptr<QXHalvarin> facade_;
+  const FanView fan_;  // before anything was asked
+  const std::string name_;
   std::atomic<bool> isAsked_ = false;
   platform::Semaphore told_{0};
   AtomicProperty<std::shared_ptr<FanControl>> control_;
-  std::shared_ptr<QXHalvarin> facade_;
-  EndSignals signals_;  // last: its thread uses the others
 };
 
 Exit handBack(const Options& options) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "host/Exit.h"
 #include "host/FanView.h"
 #include "sensors/FanKey.h"
 #include "smc/KeyRecord.h"
@@ -16,13 +17,6 @@ namespace {
 DictionaryRef readKey(std::string_view key) {
   const auto smc = QXSMCInterface::sharedSMC();
   return smc ? smc->SMCReadKey(key) : nullptr;
-}
-
-bool anotherIsForced(QXHalvarin& facade, const std::vector<std::uint32_t>& own) {
-  const FansView view = readFansView(facade);
-  return std::any_of(view.fans.begin(), view.fans.end(), [&](const FanView& fan) {
-    return fan.isForced && std::find(own.begin(), own.end(), fan.index) == own.end();
-  });
 }
 
 /// The bytes of a record as the number whose writing puts them back as they are; absent for sizes
@@ -66,12 +60,39 @@ std::vector<std::string> keysOfForcing(std::uint32_t fan) {
   return keys;
 }
 
+/// Clears the fan's mode key or force bit without asking how many fans there are: the fan is known,
+/// for it was forced.
+bool releaseByKey(std::uint32_t fan) {
+  QXSMCInterface& smc = *QXSMCInterface::sharedSMC();
+  for (const std::string_view suffix : {fan::kModeSuffix, fan::kLowerModeSuffix}) {
+    const std::string key = fan::key(fan, suffix);
+    if (const DictionaryRef record = readKey(key)) {
+      return smc.SMCWriteKey(key, 0, record->get(record::kDataSize).unsignedIntValue()) == 0;
+    }
+  }
+  const DictionaryRef bits = readKey(fan::kForceBitsKey);
+  if (!bits || bits->get(record::kError).intValue() != 0) {
+    return false;
+  }
+  const std::uint32_t others =
+      bits->get(record::kValue).unsignedIntValue() & ~(std::uint32_t{1} << (fan % 32));
+  return smc.SMCWriteKey(fan::kForceBitsKey, others,
+                         bits->get(record::kDataSize).unsignedIntValue()) == 0;
+}
+
 }  // namespace
+
+bool anotherIsForced(QXHalvarin& facade, const std::vector<std::uint32_t>& own) {
+  const FansView view = readFansView(facade);
+  return std::any_of(view.fans.begin(), view.fans.end(), [&](const FanView& fan) {
+    return fan.isForced && std::find(own.begin(), own.end(), fan.index) == own.end();
+  });
+}
 
 bool handBackFans(QXHalvarin& facade, const GuardedFans& forced) {
   bool done = true;
   for (const std::uint32_t fan : forced.fans) {
-    done = facade.setFanMode(0, fan) && done;
+    done = (facade.setFanMode(0, fan) || releaseByKey(fan)) && done;
   }
   if (forced.testFlag && !anotherIsForced(facade, forced.fans)) {
     done = facade.setFanEnable(false) && done;
@@ -108,26 +129,39 @@ bool FanControl::force(std::uint32_t fan, std::uint16_t speedRpm) {
     return false;
   }
   if (!command(fan, speedRpm)) {
-    static_cast<void>(handBackNow());
+    undo(fan);
     return false;
   }
   return true;
 }
 
 // The guardian is told before the machine, so that there is no moment at which a fan is forced and
-// nobody but this program knows.
+// nobody but this program knows. A write that failed may have been done all the same.
 bool FanControl::command(std::uint32_t fan, std::uint16_t speedRpm) {
   if (hasTestFlag()) {
-    if ((guard_ && !guard_->testFlagIsOn()) || !facade_->setFanEnable(true)) {
+    if (guard_ && !guard_->testFlagIsOn()) {
       return false;
     }
     forced_.testFlag = true;
+    if (!facade_->setFanEnable(true)) {
+      return false;
+    }
   }
-  if ((guard_ && !guard_->fanIsForced(fan)) || !facade_->setFanMode(1, fan)) {
+  if (guard_ && !guard_->fanIsForced(fan)) {
     return false;
   }
   forced_.fans.push_back(fan);
-  return facade_->setFanSpeed(speedRpm, fan);
+  return facade_->setFanMode(1, fan) && facade_->setFanSpeed(speedRpm, fan);
+}
+
+void FanControl::undo(std::uint32_t fan) {
+  if (handBackNow()) {
+    return;
+  }
+  const auto status = fanCommandStatus(fan);
+  if (status && exitFor(*status) == Exit::notPermitted) {
+    forgetAll();  // the system stops such writes before they reach the machine
+  }
 }
 
 bool FanControl::handBack() {
@@ -140,20 +174,30 @@ bool FanControl::handBackNow() {
   if (!handBackFans(*facade_, forced_)) {
     return false;
   }
-  forced_ = {};
-  if (guard_) {
-    guard_->forget();
-  }
+  forgetAll();
   return true;
 }
 
-void FanControl::leave() {
-  const MutexLock lock(mutex_);
-  ended_ = true;
+void FanControl::forgetAll() {
   forced_ = {};
   if (guard_) {
     guard_->forget();
   }
+}
+
+bool FanControl::leave() {
+  const MutexLock lock(mutex_);
+  if (ended_) {
+    return false;
+  }
+  ended_ = true;
+  forgetAll();
+  return true;
+}
+
+bool FanControl::isGuarded() {
+  const MutexLock lock(mutex_);
+  return !guard_ || !guard_->hasEnded();
 }
 
 }  // namespace halvarin::host

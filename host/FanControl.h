@@ -13,8 +13,12 @@
 
 namespace halvarin::host {
 
-/// Hands fans back to automatic control, then switches the test flag off if asked to and if no
-/// other fan is forced. False when a fan or the flag could not be written.
+/// Whether any fan of the machine is forced, those of a list left out.
+[[nodiscard]] bool anotherIsForced(QXHalvarin& facade, const std::vector<std::uint32_t>& own);
+
+/// Hands fans back to automatic control, by their keys alone where the facade refuses, then
+/// switches the test flag off if asked to and if no other fan is forced. False when a fan or the
+/// flag could not be written.
 [[nodiscard]] bool handBackFans(QXHalvarin& facade, const GuardedFans& forced);
 
 /// Whether the machine wants its test flag on before a fan is forced.
@@ -41,11 +45,16 @@ class FanControl {
   /// work; may be called again.
   bool handBack();
 
-  /// Leaves the fans forced for good.
-  void leave();
+  /// Leaves the fans forced for good. False when they have been handed back already.
+  [[nodiscard]] bool leave();
+
+  /// Whether the fans would be handed back if the program ended now without doing so.
+  [[nodiscard]] bool isGuarded();
 
  private:
   [[nodiscard]] bool command(std::uint32_t fan, std::uint16_t speedRpm) HALVARIN_REQUIRES(mutex_);
+  void undo(std::uint32_t fan) HALVARIN_REQUIRES(mutex_);
+  void forgetAll() HALVARIN_REQUIRES(mutex_);
   [[nodiscard]] bool handBackNow() HALVARIN_REQUIRES(mutex_);
 
   const std::shared_ptr<QXHalvarin> facade_;

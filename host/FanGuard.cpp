@@ -124,6 +124,10 @@ FanGuard::~FanGuard() {
   close(fromGuardian_);
 }
 
+bool FanGuard::hasEnded() const {
+  return readByte(fromGuardian_, 0) == 0;
+}
+
 bool FanGuard::fanIsForced(std::uint32_t fan) {
   return tell(std::string(kFanLine) + std::to_string(fan));
 }

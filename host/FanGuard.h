@@ -30,6 +30,8 @@ class FanGuard {
   /// the guardian has ended: then the machine must not be told.
   [[nodiscard]] bool fanIsForced(std::uint32_t fan);
   [[nodiscard]] bool testFlagIsOn();
+  /// Whether the guardian has ended though it was not let go: nobody would hand back then.
+  [[nodiscard]] bool hasEnded() const;
   /// Nothing is left to be handed back.
   void forget();
 

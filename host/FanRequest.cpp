@@ -22,13 +22,16 @@ std::string refusalOf(const SpeedRequest& request, const FanView& fan) {
   if (request.rpm > range.mostRpm) {
     return name + " takes " + std::to_string(range.mostRpm) + " RPM at most";
   }
+  const std::string most = std::to_string(range.mostRpm);
+  if (!request.isForced && !(fan.minimumRpm < fan.maximumRpm)) {
+    return name + " states no range; --force sets any speed, up to " + most;
+  }
   const bool isInside = request.rpm >= fan.minimumRpm && request.rpm <= fan.maximumRpm;
   if (isInside || request.isForced) {
     return "";
   }
   return name + " turns at " + fixedText(fan.minimumRpm, 0) + " to " +
-         fixedText(fan.maximumRpm, 0) + " RPM; --force sets other speeds, up to " +
-         std::to_string(range.mostRpm);
+         fixedText(fan.maximumRpm, 0) + " RPM; --force sets other speeds, up to " + most;
 }
 
 std::string noSuchFan(std::uint32_t fan, std::size_t count) {

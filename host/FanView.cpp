@@ -6,6 +6,7 @@
 
 #include "base/NumberText.h"
 #include "base/Text.h"
+#include "host/PassView.h"
 #include "host/Terminal.h"
 #include "sensors/FanKey.h"
 #include "sensors/FanRecord.h"
@@ -56,6 +57,12 @@ FanView fanView(const Dictionary& fan) {
   view.maximumRpm = fan.get(fan::kMax).doubleValue();
   const DictionaryRef target = keyRecord(fan::key(view.index, fan::kTargetSuffix));
   view.targetType = target ? target->get(record::kDataType).text().string() : "";
+  for (const std::string_view suffix : {fan::kMinimumSuffix, fan::kMaximumSuffix}) {
+    const DictionaryRef limit = keyRecord(fan::key(view.index, suffix));
+    if (limit && view.rangeStatus == 0) {
+      view.rangeStatus = limit->get(record::kError).intValue();
+    }
+  }
   view.forcedBy = forcedBy(view.index);
   view.mode = view.forcedBy == ForcedBy::forceBits
                   ? static_cast<std::int32_t>(hasForceBit(view.index))
@@ -65,20 +72,29 @@ FanView fanView(const Dictionary& fan) {
   return view;
 }
 
+/// The "temp" of a fan dictionary may be a reading that failed; a person wants a temperature.
+std::string hottestText(const QXHalvarin& facade) {
+  const DictionaryRef categories = facade.sensorKeys();
+  const auto hottest = hottestOf(categories->get("temperature"), 1);
+  return hottest.empty() ? "none"
+                         : printable(hottest[0]->get(record::kValue).text().view()) + " °C";
+}
+
 }  // namespace
 
-FansView fansView(const Array& fans) {
+FansView fansView(const QXHalvarin& facade, const Array& fans) {
   FansView view;
+  view.hottest = hottestText(facade);
   for (const Value& each : fans.elements()) {
     const DictionaryRef fan = each.dictionary();
     view.fans.push_back(fanView(*fan));
-    view.hottest = printable(fan->get(fan::kTemp).description());
   }
   return view;
 }
 
 FansView readFansView(QXHalvarin& facade) {
-  return fansView(*facade.readFans());
+  const ArrayRef fans = facade.readFans();
+  return fansView(facade, *fans);
 }
 
 std::optional<std::int32_t> fanCountStatus() {
@@ -90,11 +106,6 @@ std::optional<std::int32_t> fanCountStatus() {
 std::string fanName(const FanView& fan) {
   const bool isNamed = !fan.location.empty() && fan.location.rfind("Fan", 0) != 0;
   return "Fan " + std::to_string(fan.index) + (isNamed ? " (" + fan.location + ")" : "");
-}
-
-std::string hottestLine(const FansView& view) {
-  const bool isReading = wholeDecimal(view.hottest).has_value();
-  return "Hottest reading: " + view.hottest + (isReading ? " °C" : "");
 }
 
 std::string rpmText(double rpm) {

@@ -21,7 +21,8 @@ struct FanView {
   double targetRpm = 0;
   double minimumRpm = 0;
   double maximumRpm = 0;
-  std::string targetType;  // data type of the target key, "" without one
+  std::int32_t rangeStatus = 0;  // why the range cannot be read, 0 when it can
+  std::string targetType;        // data type of the target key, "" without one
   ForcedBy forcedBy = ForcedBy::nothing;
   std::int32_t mode = 0;  // of the mode key; on machines with force bits the fan's bit
   bool isForced = false;
@@ -30,11 +31,12 @@ struct FanView {
 
 struct FansView {
   std::vector<FanView> fans;
-  std::string hottest;  // the machine's hottest reading, in degrees Celsius
+  std::string hottest;  // the machine's hottest reading, "58.25 °C"; "none" without one
 };
 
-/// The fans of an array that the facade delivered, with the force bits of its latest reading.
-[[nodiscard]] FansView fansView(const Array& fans);
+/// The fans of an array that the facade delivered, with the force bits and temperatures of its
+/// latest reading.
+[[nodiscard]] FansView fansView(const QXHalvarin& facade, const Array& fans);
 
 /// Reads the fans afresh.
 [[nodiscard]] FansView readFansView(QXHalvarin& facade);
@@ -45,9 +47,6 @@ struct FansView {
 
 /// "Fan 0 (Left side)", "Fan 1".
 [[nodiscard]] std::string fanName(const FanView& fan);
-
-/// "Hottest reading: 58.25 °C", or what stands in its place.
-[[nodiscard]] std::string hottestLine(const FansView& view);
 
 /// A speed for a person, "2160 RPM".
 [[nodiscard]] std::string rpmText(double rpm);

@@ -27,7 +27,8 @@ WatchFrame fansFrame(QXHalvarin& facade, const std::string& heading) {
   const FansView view = readFansView(facade);
   requireFanCount();
   std::string text = heading + "\n";
-  text += view.fans.empty() ? "This machine has no fans.\n" : hottestLine(view) + "\n\n";
+  text += view.fans.empty() ? "This machine has no fans.\n"
+                            : "Hottest reading: " + view.hottest + "\n\n";
   return {text, fansTable(view)};
 }
 

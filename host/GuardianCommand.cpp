@@ -23,16 +23,27 @@ void outliveTheProgram() {
   }
 }
 
-/// A controller that is busy may refuse once; a fan that stays forced is worse than a second try.
+bool isGone(const GuardedFans& forced) {
+  const auto status = fanCommandStatus(forced.fans.empty() ? 0 : forced.fans.front());
+  return status && exitFor(*status) == Exit::noMachine;
+}
+
+/// A controller that is busy may refuse for a while; a fan that stays forced is worse than many
+/// tries. Quickly at first, then more slowly for minutes, unless the machine itself is gone.
 bool handBackPersistently(QXHalvarin& facade, const GuardedFans& forced) {
-  constexpr int kTries = 15;
-  constexpr auto kPause = std::chrono::milliseconds(100);
-  platform::Semaphore never(0);
-  for (int i = 0; i < kTries; ++i) {
+  constexpr int kQuickTries = 15;
+  constexpr int kAllTries = 315;
+  constexpr std::chrono::milliseconds kQuickPause(100);
+  constexpr std::chrono::milliseconds kSlowPause(1000);
+  const platform::Semaphore never;
+  for (int i = 0; i < kAllTries; ++i) {
     if (handBackFans(facade, forced)) {
       return true;
     }
-    static_cast<void>(never.wait(kPause));
+    if (i >= kQuickTries && isGone(forced)) {
+      return false;
+    }
+    static_cast<void>(never.wait(i < kQuickTries ? kQuickPause : kSlowPause));
   }
   return false;
 }

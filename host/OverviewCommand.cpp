@@ -30,7 +30,7 @@ Json toJson(const std::vector<DictionaryRef>& records) {
 
 void printOverviewJson(const MachineHeading& heading, const Dictionary& pass) {
   printJson({{"machine", halvarin::host::toJson(heading)},
-             {"hottest", toJson(hottestOf(pass, kHottest))},
+             {"hottest", toJson(hottestOf(pass.get(update::kTemps), kHottest))},
              {"fans", halvarin::host::toJson(pass.get(update::kFans))},
              {"outside", toJson(outsideOf(pass))}});
 }
@@ -43,11 +43,12 @@ void printSensors(const std::vector<DictionaryRef>& records, bool onMains) {
   table.print(std::cout, mayColour());
 }
 
-void printOverview(const MachineHeading& heading, const Dictionary& pass) {
+void printOverview(const QXHalvarin& facade, const MachineHeading& heading,
+                   const Dictionary& pass) {
   const bool onMains = isMainsPower(pass.get(update::kPowerSource).textView());
   std::cout << printable(headingLine(heading)) << "\n\nhottest\n";
-  printSensors(hottestOf(pass, kHottest), onMains);
-  const FansView fans = fansView(*pass.get(update::kFans).array());
+  printSensors(hottestOf(pass.get(update::kTemps), kHottest), onMains);
+  const FansView fans = fansView(facade, *pass.get(update::kFans).array());
   std::cout << "\nfans\n";
   if (fans.fans.empty()) {
     std::cout << "This machine has no fans.\n";
@@ -75,7 +76,7 @@ Exit runOverview(const Options& options) {
   if (options.json) {
     printOverviewJson(heading, *pass);
   } else {
-    printOverview(heading, *pass);
+    printOverview(*facade, heading, *pass);
   }
   return Exit::fine;
 }

@@ -1,6 +1,7 @@
 #include "host/PassView.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string_view>
 
 #include "base/Array.h"
@@ -42,15 +43,16 @@ bool wasRead(const DictionaryRef& record) {
 
 }  // namespace
 
-std::vector<DictionaryRef> hottestOf(const Dictionary& pass, std::size_t most) {
+std::vector<DictionaryRef> hottestOf(const Value& temperatures, std::size_t most) {
   struct Temperature {
     double degrees;
     DictionaryRef record;
   };
   std::vector<Temperature> sorted;
-  for (const DictionaryRef& record : recordsOf(pass.get(update::kTemps))) {
-    if (wasRead(record)) {
-      sorted.push_back({record->get(record::kValue).doubleValue(), record});
+  for (const DictionaryRef& record : recordsOf(temperatures)) {
+    const double degrees = record->get(record::kValue).doubleValue();
+    if (wasRead(record) && !std::isnan(degrees)) {
+      sorted.push_back({degrees, record});
     }
   }
   std::stable_sort(sorted.begin(), sorted.end(), [](const Temperature& a, const Temperature& b) {

@@ -9,8 +9,9 @@
 
 namespace halvarin::host {
 
-/// The temperatures that were read, hottest first, no more than so many.
-[[nodiscard]] std::vector<DictionaryRef> hottestOf(const Dictionary& pass, std::size_t most);
+/// Of an array of temperature records those that read a number, hottest first, no more than so
+/// many.
+[[nodiscard]] std::vector<DictionaryRef> hottestOf(const Value& temperatures, std::size_t most);
 
 /// Every record whose latest judgement is "outside its limits", in the order of the pass.
 [[nodiscard]] std::vector<DictionaryRef> outsideOf(const Dictionary& pass);

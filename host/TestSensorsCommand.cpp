@@ -59,7 +59,7 @@ void printTest(const MachineHeading& heading, const TestRun& run) {
   for (const std::string& line : run.lines) {
     std::cout << printable(line) << "\n";
   }
-  const bool onMains = isMainsPower(heading.powerSource);
+  const bool onMains = isMainsPower(run.samples->get(update::kPowerSource).textView());
   Table table = sensorTable();
   for (const DictionaryRef& record : failedOf(*run.samples)) {
     table.addRow(sensorRow(*record, onMains));

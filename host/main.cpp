@@ -57,6 +57,7 @@ Exit runReported(int argumentCount, const char* const* arguments) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
+  halvarin::host::occupyStandardDescriptors();
   Exit exit = runReported(argumentCount, arguments);
   std::cout.flush();
   // A shortened list or dump must not look like a whole one.

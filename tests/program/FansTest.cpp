@@ -85,6 +85,13 @@ TEST(Fans, ACountThatCannotBeReadIsNoMachineWithoutFans) {
   }
 }
 
+TEST(Fans, ARangeThatCannotBeReadIsNotBlamedOnTheRequest) {
+  const ProgramRun run =
+      halvarinRun(laptop({"--fault", "F0Mx=error:e00002c1", "fan", "0", "3000"}));
+  EXPECT_EQ(run.exit, 5);
+  EXPECT_THAT(run.err, HasSubstr("the range of Fan 0 (Left) cannot be read (status e00002c1)"));
+}
+
 TEST(Fans, ASpeedThatCannotBeReadIsZero) {
   const auto fans = nlohmann::json::parse(
       halvarinRun(laptop({"--fault", "F0Ac=error:e00002c2", "fans", "--json"})).out);

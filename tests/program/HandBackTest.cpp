@@ -8,8 +8,10 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <tuple>
 
@@ -27,15 +29,17 @@ using namespace std::chrono_literals;
 constexpr auto kMost = 20s;  // until a program on a busy computer has begun
 constexpr auto kHandBackLimit = 2s;
 
-/// Whether a process of this program runs as the guardian of this machine.
-bool guardianRuns(const std::string& machineWord) {
-  bool found = false;
+/// The process that is the guardian of this machine; 0 when there is none.
+pid_t guardianOf(const std::string& machineWord) {
+  pid_t found = 0;
   DIR* const processes = opendir("/proc");
   while (const dirent* entry = readdir(processes)) {
     std::ifstream file(std::string("/proc/") + entry->d_name + "/cmdline", std::ios::binary);
     const std::string words{std::istreambuf_iterator<char>(file), {}};
-    found = found || (words.find(machineWord) != std::string::npos &&
-                      words.find("hand-back-fans") != std::string::npos);
+    if (words.find(machineWord) != std::string::npos &&
+        words.find("hand-back-fans") != std::string::npos) {
+      found = std::atoi(entry->d_name);
+    }
   }
   closedir(processes);
   return found;
@@ -80,12 +84,12 @@ TEST_P(HandBack, LeavesNoFanForcedAndNoGuardian) {
   ASSERT_TRUE(program.waitForOutput("Ctrl-C hands it back", kMost)) << program.soFar().err;
   ASSERT_TRUE(isForced());
   ASSERT_EQ(flagIsOn(), style_ == FanStyle::testFlag);
-  ASSERT_TRUE(guardianRuns(words[1]));
+  ASSERT_NE(guardianOf(words[1]), 0);
   // A fan that is handed back before the program has seen it forced has not taken the command.
   ASSERT_TRUE(way.signal != 0 || program.waitForOutput("turns at", kMost));
   end(program, way.signal);
   EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return !isForced() && !flagIsOn(); }));
-  EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return !guardianRuns(words[1]); }));
+  EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return guardianOf(words[1]) == 0; }));
   const auto run = program.waitForEnd(kMost);
   ASSERT_TRUE(run);
   const bool isSudden = way.signal == SIGABRT || way.signal == SIGKILL || way.signal == SIGSEGV;
@@ -108,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
                                      Way{"BySigkill", SIGKILL})),
     nameOf);
 
-TEST(HandBackOfAGroup, TheGuardianOutlivesWhatEndsTheWholeGroup) {
+TEST(HoldingAFan, TheGuardianOutlivesWhatEndsTheWholeGroup) {
   ServedMachine machine(fanMachine(FanStyle::modeKeys));
   // A terminal sends Ctrl-C to every process of the group.
   RunningProgram program(HALVARIN_PROGRAM, machine.words({"fan", "0", "4000"}), {24, 80});
@@ -120,7 +124,97 @@ TEST(HandBackOfAGroup, TheGuardianOutlivesWhatEndsTheWholeGroup) {
   EXPECT_EQ(machine.number("F0Md", 1), 0U);
 }
 
-TEST(HandBackOfAGroup, NoFanIsForcedOnceTheMachineIsGone) {
+/// A program that holds fan 0 of a machine with mode keys.
+class HeldFan : public testing::Test {
+ protected:
+  HeldFan()
+      : machine_(fanMachine(FanStyle::modeKeys)), words_(machine_.words({"fan", "0", "4000"})) {
+    program_.emplace(HALVARIN_PROGRAM, words_);
+    EXPECT_TRUE(program_->waitForOutput("turns at", kMost)) << program_->soFar().err;
+    EXPECT_TRUE(isForced());
+  }
+  bool isForced() { return machine_.number("F0Md", 1) != 0; }
+
+  ServedMachine machine_;
+  const std::vector<std::string> words_;
+  std::optional<RunningProgram> program_;
+};
+
+TEST_F(HeldFan, IsHandedBackWhenItsGuardianDies) {
+  kill(guardianOf(words_[1]), SIGKILL);
+  const auto run = program_->waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->exit, 6);
+  EXPECT_THAT(run->err, testing::HasSubstr("the guardian has ended"));
+  EXPECT_FALSE(isForced());
+}
+
+TEST_F(HeldFan, IsHandedBackThoughTheCountOfFansCannotBeRead) {
+  machine_.breakable().breakKey("FNum", 5, static_cast<platform::MachineStatus>(0xE00002D5));
+  program_->signal(SIGTERM);
+  ASSERT_TRUE(program_->waitForEnd(kMost));
+  EXPECT_FALSE(isForced());
+}
+
+TEST_F(HeldFan, IsHandedBackByTheGuardianOnceTheMachineAnswersAgain) {
+  machine_.breakable().breakKey("F0Md", 6, static_cast<platform::MachineStatus>(0xE00002D5));
+  program_->signal(SIGKILL);
+  ASSERT_TRUE(program_->waitForEnd(kMost));
+  const std::size_t before = machine_.readCount("F0Md");
+  ASSERT_TRUE(becomesTrue(kMost, [&] { return machine_.readCount("F0Md") > before + 4; }));
+  EXPECT_TRUE(isForced());
+  machine_.breakable().mend();
+  EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return !isForced(); }));
+  EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return guardianOf(words_[1]) == 0; }));
+}
+
+TEST_F(HeldFan, IsHeldOnWhileTheControllerIsBusyForAMoment) {
+  machine_.breakable().breakKey("FNum", 5, static_cast<platform::MachineStatus>(0xE00002D5));
+  const std::size_t before = machine_.readCount("F0Ac");
+  ASSERT_TRUE(becomesTrue(kMost, [&] { return machine_.readCount("F0Ac") > before + 1; }));
+  machine_.breakable().mend();
+  ASSERT_TRUE(becomesTrue(kMost, [&] { return machine_.readCount("F0Ac") > before + 6; }));
+  EXPECT_TRUE(isForced());
+  program_->signal(SIGINT);
+  EXPECT_EQ(program_->waitForEnd(kMost)->exit, 0);
+}
+
+TEST_F(HeldFan, CannotBeSuspended) {
+  program_->signal(SIGTSTP);
+  program_->signal(SIGINT);
+  const auto run = program_->waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->exit, 0);
+}
+
+TEST(HoldingAFan, EndsWithoutTouchingTheFanOfAnother) {
+  for (const FanStyle style : {FanStyle::forceBits, FanStyle::modeKeys, FanStyle::testFlag}) {
+    ServedMachine machine(fanMachine(style));
+    RunningProgram first(HALVARIN_PROGRAM, machine.words({"fan", "0", "4000"}));
+    ASSERT_TRUE(first.waitForOutput("turns at", kMost));
+    RunningProgram second(HALVARIN_PROGRAM, machine.words({"fan", "1", "5000"}));
+    ASSERT_TRUE(second.waitForOutput("turns at", kMost));
+    first.signal(SIGINT);
+    EXPECT_EQ(first.waitForEnd(kMost)->exit, 0);
+    const std::uint32_t mode =
+        style == FanStyle::forceBits ? machine.number("FS! ", 2) >> 1U : machine.number("F1md", 1);
+    EXPECT_EQ(mode, 1U) << testing::PrintToString(style);
+    second.signal(SIGINT);
+    EXPECT_EQ(second.waitForEnd(kMost)->exit, 0);
+  }
+}
+
+TEST(HoldingAFan, WritesNoneOfItsTextToTheMachineWhenItsOutputIsClosed) {
+  ServedMachine machine(fanMachine(FanStyle::modeKeys));
+  std::string command = std::string("'") + HALVARIN_PROGRAM + "'";
+  for (const std::string& word : machine.words({"fan", "0", "4000", "--leave"})) {
+    command += " '" + word + "'";
+  }
+  EXPECT_EQ(WEXITSTATUS(std::system((command + " <&- >&- 2>&-").c_str())), 6);
+  EXPECT_EQ(machine.number("F0Md", 1), 1U);
+}
+
+TEST(HoldingAFan, NoFanIsForcedOnceTheMachineIsGone) {
   platform::Simulation simulation;
   simulation.vanishAfter = 60;  // the program has begun by then, and its guardian has not
   ServedMachine machine(fanMachine(FanStyle::modeKeys), simulation);

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/ProgramRun.h"
@@ -43,6 +44,12 @@ TEST(Overview, ShowsAMachineThatTheDatabaseDoesNotKnow) {
   EXPECT_THAT(run.out, HasSubstr("MacBookPro18,1 (simulated)"));
   EXPECT_THAT(run.out, HasSubstr("automatic"));
   EXPECT_THAT(run.err, HasSubstr("does not know the model"));
+}
+
+TEST(Overview, ATextMeantForAFileIsNotWrittenIntoAnother) {
+  const std::string command = std::string("'") + HALVARIN_PROGRAM +
+                              "' --machine simulated --journal /dev/null >&- 2>/dev/null";
+  EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 6);
 }
 
 TEST(Overview, AMachineThatGoesAwayShowsItsFailedReadings) {

@@ -13,6 +13,7 @@
 #include "platform/Clock.h"
 #include "platform/machine/MachineServer.h"
 #include "platform/machine/SimulatedMachine.h"
+#include "tests/support/BreakableMachine.h"
 #include "tests/support/SocketFolder.h"
 
 namespace halvarin::test {
@@ -31,9 +32,13 @@ class ServedMachine {
     };
     machine_ =
         std::make_shared<platform::SimulatedMachine>(std::move(recorded), std::move(simulation));
-    auto served = platform::MachineServer::serve(machine_, folder_.path());
+    breakable_ = std::make_shared<BreakableMachine>(machine_);
+    auto served = platform::MachineServer::serve(breakable_, folder_.path());
     server_ = std::get<std::unique_ptr<platform::MachineServer>>(std::move(served));
   }
+
+  /// To make its keys fail for the programs that take it.
+  [[nodiscard]] BreakableMachine& breakable() { return *breakable_; }
 
   /// The words of a command line that takes this machine.
   [[nodiscard]] std::vector<std::string> words(std::vector<std::string> command) const {
@@ -98,6 +103,7 @@ class ServedMachine {
   Mutex mutex_;
   std::vector<std::string> journal_ HALVARIN_GUARDED_BY(mutex_);
   std::shared_ptr<platform::SimulatedMachine> machine_;
+  std::shared_ptr<BreakableMachine> breakable_;
   std::unique_ptr<platform::MachineServer> server_;  // last: it uses the machine until it ends
 };
 

@@ -34,15 +34,29 @@ TEST_P(EndSignal, IsTakenAgainAndAgain) {
   }
 }
 
-TEST_P(EndSignal, IsTakenThoughTheShellHadItIgnored) {
-  std::signal(GetParam(), SIG_IGN);
+INSTANTIATE_TEST_SUITE_P(All, EndSignal, testing::Values(SIGINT, SIGTERM, SIGHUP));
+
+TEST(EndSignals, CtrlCIsTakenThoughTheShellHadItIgnored) {
+  std::signal(SIGINT, SIG_IGN);
   platform::Semaphore taken(0);
   const host::EndSignals signals([&] { taken.signal(); });
-  kill(getpid(), GetParam());
+  kill(getpid(), SIGINT);
   taken.wait();
 }
 
-INSTANTIATE_TEST_SUITE_P(All, EndSignal, testing::Values(SIGINT, SIGTERM, SIGHUP));
+TEST(EndSignals, AHangUpThatNohupHadIgnoredStaysIgnored) {
+  std::signal(SIGHUP, SIG_IGN);
+  std::atomic<int> count{0};
+  platform::Semaphore taken(0);
+  const host::EndSignals signals([&] {
+    ++count;
+    taken.signal();
+  });
+  kill(getpid(), SIGHUP);
+  kill(getpid(), SIGTERM);
+  taken.wait();
+  EXPECT_EQ(count, 1);
+}
 
 TEST(EndSignals, EndWithoutASignal) {
   std::atomic<int> taken{0};

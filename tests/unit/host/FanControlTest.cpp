@@ -102,7 +102,7 @@ TEST_F(FanControlTest, ForcesNothingAfterItHandedBack) {
 TEST_F(FanControlTest, WritesNothingMoreOnceAFanIsLeft) {
   start({key("F0Md", "ui8 ", {0})});
   EXPECT_TRUE(control_->force(0, 4000));
-  control_->leave();
+  EXPECT_TRUE(control_->leave());
   control_.reset();
   EXPECT_EQ(writes().back(), "write F0Tg size 2 bytes 3E80 -> done");
 }
@@ -139,7 +139,15 @@ TEST_F(FanControlTest, ACountThatCannotBeReadIsTheReason) {
   start({key("F0Md", "ui8 ", {0})}, simulation);
   EXPECT_FALSE(control_->force(0, 4000));
   EXPECT_EQ(host::fanCommandStatus(0), static_cast<std::int32_t>(0xE00002C0));
-  EXPECT_THAT(writes(), IsEmpty());
+  // Nothing was forced; the fan's key is cleared all the same.
+  EXPECT_THAT(writes(), ElementsAre("write F0Md size 1 bytes 00 -> done"));
+}
+
+TEST_F(FanControlTest, WhatWasHandedBackCannotBeLeft) {
+  start({key("F0Md", "ui8 ", {0})});
+  EXPECT_TRUE(control_->force(0, 4000));
+  EXPECT_TRUE(control_->handBack());
+  EXPECT_FALSE(control_->leave());
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace halvarin::test {
 namespace {
 
@@ -57,8 +59,10 @@ TEST(FanRequest, AFanThatStatesNoRangeNeedsForce) {
   FanView fan = fanOf("fpe2");
   fan.minimumRpm = 0;
   fan.maximumRpm = 0;
-  EXPECT_THAT(host::refusalOf({3000, false}, fan), HasSubstr("--force"));
+  EXPECT_THAT(host::refusalOf({3000, false}, fan), HasSubstr("states no range; --force"));
   EXPECT_EQ(host::refusalOf({3000, true}, fan), "");
+  fan.maximumRpm = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_THAT(host::refusalOf({3000, false}, fan), HasSubstr("states no range"));
 }
 
 TEST(FanRequest, AMissingFanIsAnsweredWithTheFansThatThereAre) {

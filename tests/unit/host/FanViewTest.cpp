@@ -40,7 +40,7 @@ TEST(FanView, ShowsWhatTheKeysSay) {
   EXPECT_EQ(view.fans[0].targetType, "fpe2");
   EXPECT_EQ(view.fans[0].control, "automatic");
   EXPECT_EQ(host::fanName(view.fans[0]), "Fan 0 (Left side)");
-  EXPECT_EQ(host::hottestLine(view), "Hottest reading: 58.25 °C");
+  EXPECT_EQ(view.hottest, "58.25 °C");
   std::ostringstream text;
   host::fansTable(view).print(text, false);
   EXPECT_EQ(text.str(),
@@ -78,6 +78,27 @@ TEST(FanView, AFanWithoutKeysToForceItSaysSo) {
   EXPECT_EQ(view.fans[0].forcedBy, ForcedBy::nothing);
   EXPECT_EQ(view.fans[0].targetType, "");
   EXPECT_EQ(host::fanName(view.fans[0]), "Fan 0");
+}
+
+TEST(FanView, AReadingThatFailedIsNotTheHottest) {
+  embedDatabase(databaseOf("Test1,1", {{"TC0P", "CPU proximity"}, {"TC1P", "CPU proximity 2"}}));
+  platform::RecordedKey failed = key("TC1P", "sp78", {0x3A, 0x40});
+  failed.status = static_cast<std::int32_t>(0xE00002C2);
+  install(machineWith({key("FNum", "ui8 ", {0}), key("TC0P", "sp78", {0x20, 0}), failed}));
+  EXPECT_EQ(host::readFansView(*QXHalvarin::sharedHalvarin()).hottest, "32.00 °C");
+}
+
+TEST(FanView, AMachineWithoutKnownTemperaturesHasNoHottest) {
+  embedDatabase(databaseOf("Test1,1", {}));
+  install(machineWith({key("FNum", "ui8 ", {0}), key("TC0P", "sp78", {0x20, 0})}));
+  EXPECT_EQ(host::readFansView(*QXHalvarin::sharedHalvarin()).hottest, "none");
+}
+
+TEST(FanView, ARangeThatCannotBeReadKeepsItsStatus) {
+  platform::RecordedKey most = key("F0Mx", "fpe2", {0x5D, 0xC0});
+  most.status = static_cast<std::int32_t>(0xE00002C1);
+  const auto view = viewOf({key("F0Ac", "fpe2", {0, 0}), most, key("FNum", "ui8 ", {1})});
+  EXPECT_EQ(view.fans[0].rangeStatus, static_cast<std::int32_t>(0xE00002C1));
 }
 
 TEST(FanView, CommandsToTheTerminalInALocationAreNotPassedOn) {

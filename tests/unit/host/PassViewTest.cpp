@@ -40,15 +40,21 @@ std::vector<std::string> keysOf(const std::vector<DictionaryRef>& records) {
 TEST(PassView, HottestAreOrderedByTheirDegrees) {
   const auto pass = passOf({record("T1", "9.50", true), record("T2", "100.25", true),
                             record("T3", "45.00", true), record("T4", "45.00", true)});
-  EXPECT_THAT(keysOf(host::hottestOf(*pass, 3)), ElementsAre("T2", "T3", "T4"));
-  EXPECT_THAT(keysOf(host::hottestOf(*pass, 9)), ElementsAre("T2", "T3", "T4", "T1"));
+  EXPECT_THAT(keysOf(host::hottestOf(pass->get("temps"), 3)), ElementsAre("T2", "T3", "T4"));
+  EXPECT_THAT(keysOf(host::hottestOf(pass->get("temps"), 9)), ElementsAre("T2", "T3", "T4", "T1"));
 }
 
 TEST(PassView, AReadingThatFailedIsNotTheHottest) {
   const auto pass =
       passOf({record("T1", "error e00002c0", true, -536870208), record("T2", "20.00", true)});
-  EXPECT_THAT(keysOf(host::hottestOf(*pass, 5)), ElementsAre("T2"));
+  EXPECT_THAT(keysOf(host::hottestOf(pass->get("temps"), 5)), ElementsAre("T2"));
   EXPECT_EQ(host::unreadIn(*pass), 1U);
+}
+
+TEST(PassView, AReadingThatIsNoNumberHidesNoOther) {
+  const auto pass = passOf({record("T1", "50.00", true), record("T2", "nan", false),
+                            record("T3", "90.00", true), record("T4", "inf", true)});
+  EXPECT_THAT(keysOf(host::hottestOf(pass->get("temps"), 5)), ElementsAre("T4", "T3", "T1"));
 }
 
 TEST(PassView, OutsideAreAllCategoriesButTheFans) {
@@ -66,7 +72,7 @@ TEST(PassView, FailedAreThoseNeverJudgedToo) {
 
 TEST(PassView, AnEmptyPassHasNothingToShow) {
   const auto pass = passOf({});
-  EXPECT_THAT(host::hottestOf(*pass, 5), IsEmpty());
+  EXPECT_THAT(host::hottestOf(pass->get("temps"), 5), IsEmpty());
   EXPECT_THAT(host::outsideOf(*pass), IsEmpty());
   EXPECT_EQ(host::unreadIn(*pass), 0U);
 }

@@ -19,5 +19,10 @@ TEST(Terminal, TextBeyondAsciiIsKeptAndBytesThatAreNoTextAreNot) {
   EXPECT_EQ(host::printable("\xFF\xFE"), "??");
 }
 
+TEST(Terminal, CharactersThatTurnTextAroundAreNotPassedOn) {
+  EXPECT_EQ(host::printable("fan \u202Ecba\u2066d"), "fan ?cba?d");
+  EXPECT_EQ(host::printable("45.00 \u00B0C \u2014 \u20AC"), "45.00 \u00B0C \u2014 \u20AC");
+}
+
 }  // namespace
 }  // namespace halvarin::test

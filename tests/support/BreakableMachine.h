@@ -1,0 +1,71 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "base/Mutex.h"
+#include "platform/machine/Machine.h"
+
+namespace halvarin::test {
+
+/// Another machine, whose transfers of a key can be made to fail for a while.
+class BreakableMachine : public platform::Machine {
+ public:
+  explicit BreakableMachine(std::shared_ptr<platform::Machine> behind)
+      : behind_(std::move(behind)) {}
+
+  /// From now on this command (5 reads, 6 writes) fails for the key.
+  void breakKey(std::string_view key, std::uint8_t command, platform::MachineStatus status) {
+    const MutexLock lock(mutex_);
+    broken_ = {std::string(key.rbegin(), key.rend()), command, status};
+  }
+  void mend() {
+    const MutexLock lock(mutex_);
+    broken_.reset();
+  }
+
+  [[nodiscard]] bool hasService(std::string_view serviceClass) override {
+    return behind_->hasService(serviceClass);
+  }
+  [[nodiscard]] platform::MachineStatus open(std::uint32_t type,
+                                             std::uint32_t& connection) override {
+    return behind_->open(type, connection);
+  }
+  [[nodiscard]] platform::MachineStatus call(std::uint32_t connection, std::uint32_t selector,
+                                             std::span<const std::uint8_t> request,
+                                             std::span<std::uint8_t> reply,
+                                             std::size_t& replySize) override {
+    constexpr std::size_t kCommandPlace = 42;
+    {
+      const MutexLock lock(mutex_);
+      if (broken_ && request.size() > kCommandPlace && request[kCommandPlace] == broken_->command &&
+          std::equal(broken_->code.begin(), broken_->code.end(), request.begin())) {
+        return broken_->status;
+      }
+    }
+    return behind_->call(connection, selector, request, reply, replySize);
+  }
+  [[nodiscard]] platform::MachineStatus close(std::uint32_t connection) override {
+    return behind_->close(connection);
+  }
+  [[nodiscard]] Value setting(std::string_view name) override { return behind_->setting(name); }
+  [[nodiscard]] std::string powerSource() override { return behind_->powerSource(); }
+
+ private:
+  struct Broken {
+    std::string code;  // as the request carries it, last character first
+    std::uint8_t command;
+    platform::MachineStatus status;
+  };
+
+  const std::shared_ptr<platform::Machine> behind_;
+  Mutex mutex_;
+  std::optional<Broken> broken_ HALVARIN_GUARDED_BY(mutex_);
+};
+
+}  // namespace halvarin::test
