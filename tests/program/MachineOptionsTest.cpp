@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "tests/generated/TestPaths.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/SharedData.h"
 

@@ -10,6 +10,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/generated/TestPaths.h"
+
 namespace halvarin::test {
 
 namespace {

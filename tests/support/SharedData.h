@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/generated/TestPaths.h"
+
 // Recorded machines and facts that lie beside the checkout and are not part of it.
 
 namespace halvarin::test {

@@ -17,6 +17,7 @@
 #include "platform/machine/BuiltInMachine.h"
 #include "platform/machine/MachineFile.h"
 #include "platform/machine/ReadingCodec.h"
+#include "tests/generated/TestPaths.h"
 #include "tests/support/SharedData.h"
 #include "tests/unit/database/ShippedTables.h"
 

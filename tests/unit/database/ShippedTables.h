@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "database/packer/SensorTables.h"
+#include "tests/generated/TestPaths.h"
 
 // The sensor tables that the library ships, and the columns of each.
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/machine/ReadingCodec.h"
+#include "tests/generated/TestPaths.h"
 
 namespace halvarin::test {
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/machine/MachineFile.h"
+#include "tests/generated/TestPaths.h"
 
 // Lists of keys to parse, and what a parsed machine file holds or is refused for.
 
