@@ -39,12 +39,10 @@ Value Dictionary::get(std::string_view name) const {
 void Dictionary::copyEach(std::span<const std::string_view> names, std::span<Value> values) const {
   const MutexLock lock(mutex_);
   fillNow();
-  std::size_t from = 0;  // names are mostly asked for in their order
   for (std::size_t i = 0; i < names.size(); ++i) {
-    const std::size_t place = find(names[i], from);
+    const std::size_t place = find(names[i]);
     if (place < entries_.size()) {
       values[i] = entries_[place].second;
-      from = place + 1;
     }
   }
 }
@@ -70,9 +68,8 @@ void Dictionary::set(std::string_view name, Value value) {
 void Dictionary::moveEach(std::span<Update> updates) {
   const MutexLock lock(mutex_);
   fillNow();
-  std::size_t from = 0;
   for (auto& [name, value] : updates) {
-    from = store(name, std::move(value), from);
+    store(name, std::move(value));
   }
 }
 
@@ -100,34 +97,27 @@ void Dictionary::storeAll(Entries&& entries) const {
   }
 }
 
-std::size_t Dictionary::find(std::string_view name, std::size_t from) const {
+std::size_t Dictionary::find(std::string_view name) const {
   if (entries_.size() > kMostWalked) {
     const auto found = places_.find(name);
     return found != places_.end() ? found->second : entries_.size();
   }
-  const auto isWanted = [name](const Entry& entry) { return isName(entry.first.view(), name); };
-  const auto start = entries_.begin() + static_cast<std::ptrdiff_t>(from);
-  auto found = std::find_if(start, entries_.end(), isWanted);
-  if (found == entries_.end()) {
-    found = std::find_if(entries_.begin(), start, isWanted);
-    found = found == start ? entries_.end() : found;
-  }
-  return static_cast<std::size_t>(found - entries_.begin());
+  const auto found = std::find_if(entries_.begin(), entries_.end(), [name](const Entry& entry) {
+    return isName(entry.first.view(), name);
+  });
+  return static_cast<std::size_t>(std::distance(entries_.begin(), found));
 }
 
-std::size_t Dictionary::store(std::string_view name, Value value, std::size_t from) const {
-  const std::size_t place = find(name, from);
+void Dictionary::store(std::string_view name, Value value) const {
+  const std::size_t place = find(name);
   if (value.isNothing()) {
     erase(place);
-    return 0;
-  }
-  if (place < entries_.size()) {
+  } else if (place < entries_.size()) {
     entries_[place].second = std::move(value);
   } else {
     entries_.emplace_back(Text(name), std::move(value));
     indexFrom(place);
   }
-  return place + 1;
 }
 
 void Dictionary::erase(std::size_t place) const {

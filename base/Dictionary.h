@@ -80,13 +80,10 @@ class HALVARIN_EXPORT Dictionary {
   void copyEach(std::span<const std::string_view> names, std::span<Value> values) const;
   void moveEach(std::span<Update> updates);
   void fillNow() const HALVARIN_REQUIRES(mutex_);
-  /// The place of a name, sought from a place on; the count of entries when there is none.
-  [[nodiscard]] std::size_t find(std::string_view name, std::size_t from = 0) const
-      HALVARIN_REQUIRES(mutex_);
+  /// The place of a name; the count of entries when there is none.
+  [[nodiscard]] std::size_t find(std::string_view name) const HALVARIN_REQUIRES(mutex_);
   void storeAll(Entries&& entries) const HALVARIN_REQUIRES(mutex_);
-  /// Returns where the next name is likely to be.
-  std::size_t store(std::string_view name, Value value, std::size_t from = 0) const
-      HALVARIN_REQUIRES(mutex_);
+  void store(std::string_view name, Value value) const HALVARIN_REQUIRES(mutex_);
   void erase(std::size_t place) const HALVARIN_REQUIRES(mutex_);
   void indexFrom(std::size_t place) const HALVARIN_REQUIRES(mutex_);
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <variant>
 
-#include "platform/machine/FanModel.h"
+#include "platform/machine/fans/FanModel.h"
 
 namespace halvarin::host {
 

@@ -14,10 +14,10 @@
 #include "platform/PowerSource.h"
 #include "platform/machine/BuiltInMachine.h"
 #include "platform/machine/CurrentMachine.h"
-#include "platform/machine/FanKeys.h"
 #include "platform/machine/MachineFile.h"
-#include "platform/machine/RemoteMachine.h"
 #include "platform/machine/SimulatedMachine.h"
+#include "platform/machine/fans/FanKeys.h"
+#include "platform/machine/remote/RemoteMachine.h"
 
 namespace halvarin::host {
 

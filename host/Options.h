@@ -11,7 +11,7 @@
 
 namespace halvarin::host {
 
-/// The guardian's command (host/FanGuard.h); for the program itself, not for people.
+/// The guardian's command (host/fans/FanGuard.h); for the program itself, not for people.
 inline constexpr const char* kGuardianCommand = "hand-back-fans";
 
 enum class Command { overview, sensors, fans, fan, testSensors, keys, models, guardian };

@@ -5,13 +5,13 @@
 #include <vector>
 
 #include "host/Facade.h"
-#include "host/FanView.h"
 #include "host/MachineChoice.h"
 #include "host/PassView.h"
 #include "host/RecordJson.h"
 #include "host/SensorRows.h"
 #include "host/Terminal.h"
 #include "host/UpdatePass.h"
+#include "host/fans/FanView.h"
 #include "sensors/SensorUpdate.h"
 
 namespace halvarin::host {

@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "host/EndSignals.h"
 #include "host/Facade.h"
 #include "host/MachineChoice.h"
 #include "host/PassView.h"
 #include "host/RecordJson.h"
 #include "host/SensorRows.h"
 #include "host/Terminal.h"
+#include "host/fans/EndSignals.h"
 #include "platform/MainThread.h"
 #include "selftest/QXSensorsTestManager.h"
 #include "sensors/SensorUpdate.h"

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "base/NumberText.h"
-#include "host/EndSignals.h"
 #include "host/Terminal.h"
+#include "host/fans/EndSignals.h"
 #include "platform/Clock.h"
 #include "platform/Queue.h"
 

@@ -2,9 +2,6 @@
 #include <iostream>
 
 #include "host/Exit.h"
-#include "host/FanCommand.h"
-#include "host/FansCommand.h"
-#include "host/GuardianCommand.h"
 #include "host/KeysCommand.h"
 #include "host/ModelsCommand.h"
 #include "host/Options.h"
@@ -12,6 +9,9 @@
 #include "host/SensorsCommand.h"
 #include "host/Terminal.h"
 #include "host/TestSensorsCommand.h"
+#include "host/fans/FanCommand.h"
+#include "host/fans/FansCommand.h"
+#include "host/fans/GuardianCommand.h"
 
 namespace {
 

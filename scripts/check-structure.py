@@ -26,6 +26,8 @@ SYSTEM_LAYERS = {"smc", "database", "sensors", "selftest"}
 TEST_FOLDERS = {
     "base": "tests/unit/base",
     "platform/machine": "tests/unit/platform",
+    "platform/machine/fans": "tests/unit/platform",
+    "platform/machine/remote": "tests/unit/platform",
     "platform/posix": "tests/contract",
     "smc": "tests/unit/smc",
     "database": "tests/unit/database",
@@ -33,14 +35,15 @@ TEST_FOLDERS = {
     "sensors": "tests/unit/sensors",
     "selftest": "tests/unit/selftest",
     "host": "tests/unit/host",
+    "host/fans": "tests/unit/host",
 }
 # Sources that tests reach only through a whole program, and which test that is.
 TESTED_THROUGH_PROGRAM = {
     "database/packer/main.cpp": "tests/program/PackerTest.cpp",
     "host/Facade.cpp": "tests/program/SensorsTest.cpp",
-    "host/FanCommand.cpp": "tests/program/FanTest.cpp",
-    "host/FansCommand.cpp": "tests/program/FansTest.cpp",
-    "host/GuardianCommand.cpp": "tests/program/HandBackTest.cpp",
+    "host/fans/FanCommand.cpp": "tests/program/FanTest.cpp",
+    "host/fans/FansCommand.cpp": "tests/program/FansTest.cpp",
+    "host/fans/GuardianCommand.cpp": "tests/program/HandBackTest.cpp",
     "host/KeysCommand.cpp": "tests/program/KeysTest.cpp",
     "host/MachineChoice.cpp": "tests/program/MachineOptionsTest.cpp",
     "host/MachineOption.cpp": "tests/program/MachineOptionsTest.cpp",

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "selftest/SensorsTest.h"
+#include "selftest/SensorsVerdict.h"
 #include "sensors/SensorUpdate.h"
 
 namespace halvarin {
@@ -43,8 +43,8 @@ void QXSensorsTestManager::startTesting() {
 void QXSensorsTestManager::sensorUpdateNotification(const Notification& notification) {
   stopObserving();
   setSamples(notification.userInfo);
-  const SensorsTestResult result =
-      notification.userInfo ? testSensors(*notification.userInfo) : SensorsTestResult();
+  const SensorsVerdict result =
+      notification.userInfo ? judgeSensors(*notification.userInfo) : SensorsVerdict();
   if (!result.passed) {
     setStatus("Failed");
   }

@@ -52,7 +52,6 @@ std::int64_t integerOf(const Value& value, const Value& type, const Value& size,
 }
 
 void decodeAndJudge(Dictionary& read, bool onMains) {
-  // In the order of the record, which makes finding them quick.
   const auto [type, size, bytes, value, high, low, mainsOnly] = read.getEach(
       std::array{record::kDataType, record::kDataSize, record::kDataBytes, record::kValue,
                  record::kHighLimit, record::kLowLimit, record::kACqualified});

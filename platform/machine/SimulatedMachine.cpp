@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/machine/FanKeys.h"
 #include "platform/machine/Journal.h"
 #include "platform/machine/ReadingCodec.h"
 #include "platform/machine/ReadingMotion.h"
+#include "platform/machine/fans/FanKeys.h"
 
 namespace halvarin::platform {
 

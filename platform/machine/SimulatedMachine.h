@@ -13,11 +13,11 @@
 #include "base/Mutex.h"
 #include "platform/Clock.h"
 #include "platform/machine/ControllerProtocol.h"
-#include "platform/machine/FanModel.h"
 #include "platform/machine/KeyTable.h"
 #include "platform/machine/Machine.h"
 #include "platform/machine/MachineFile.h"
-#include "platform/machine/SimulatedFans.h"
+#include "platform/machine/fans/FanModel.h"
+#include "platform/machine/fans/SimulatedFans.h"
 
 namespace halvarin::platform {
 

@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "platform/machine/MachineFile.h"
-#include "platform/machine/MachineServer.h"
 #include "platform/machine/SimulatedMachine.h"
+#include "platform/machine/remote/MachineServer.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/RunningProgram.h"
 #include "tests/support/SharedData.h"

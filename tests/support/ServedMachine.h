@@ -11,8 +11,8 @@
 
 #include "base/Mutex.h"
 #include "platform/Clock.h"
-#include "platform/machine/MachineServer.h"
 #include "platform/machine/SimulatedMachine.h"
+#include "platform/machine/remote/MachineServer.h"
 #include "tests/support/BreakableMachine.h"
 #include "tests/support/SocketFolder.h"
 

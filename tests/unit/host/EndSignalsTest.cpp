@@ -1,4 +1,4 @@
-#include "host/EndSignals.h"
+#include "host/fans/EndSignals.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

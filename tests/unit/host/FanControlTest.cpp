@@ -1,4 +1,4 @@
-#include "host/FanControl.h"
+#include "host/fans/FanControl.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "host/FanGuard.h"
+#include "host/fans/FanGuard.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "host/FanRequest.h"
+#include "host/fans/FanRequest.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

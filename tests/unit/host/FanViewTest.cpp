@@ -1,4 +1,4 @@
-#include "host/FanView.h"
+#include "host/fans/FanView.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/machine/FanForce.h"
+#include "platform/machine/fans/FanForce.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/machine/FanModel.h"
+#include "platform/machine/fans/FanModel.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/machine/ListeningSocket.h"
+#include "platform/machine/remote/ListeningSocket.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "platform/machine/MachineProtocol.h"
+#include "platform/machine/remote/MachineProtocol.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/machine/MachineServer.h"
+#include "platform/machine/remote/MachineServer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

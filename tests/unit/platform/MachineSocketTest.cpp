@@ -1,4 +1,4 @@
-#include "platform/machine/MachineSocket.h"
+#include "platform/machine/remote/MachineSocket.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/machine/RemoteMachine.h"
+#include "platform/machine/remote/RemoteMachine.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -12,11 +12,11 @@
 #include <variant>
 #include <vector>
 
-#include "platform/machine/ListeningSocket.h"
-#include "platform/machine/MachineProtocol.h"
-#include "platform/machine/MachineServer.h"
-#include "platform/machine/MachineSocket.h"
-#include "platform/machine/RemoteMachine.h"
+#include "platform/machine/remote/ListeningSocket.h"
+#include "platform/machine/remote/MachineProtocol.h"
+#include "platform/machine/remote/MachineServer.h"
+#include "platform/machine/remote/MachineSocket.h"
+#include "platform/machine/remote/RemoteMachine.h"
 #include "tests/support/SocketFolder.h"
 #include "tests/unit/platform/SimulatedMachineBench.h"
 

@@ -1,4 +1,4 @@
-#include "platform/machine/SimulatedFans.h"
+#include "platform/machine/fans/SimulatedFans.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/machine/SocketAddress.h"
+#include "platform/machine/remote/SocketAddress.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/machine/MachineServer.h"
+#include "platform/machine/remote/MachineServer.h"
 
 #include <IOKit/IOKitLib.h>
 
@@ -16,9 +16,9 @@
 
 #include "base/Mutex.h"
 #include "platform/Clock.h"
-#include "platform/machine/ListeningSocket.h"
-#include "platform/machine/MachineProtocol.h"
-#include "platform/machine/MachineSocket.h"
+#include "platform/machine/remote/ListeningSocket.h"
+#include "platform/machine/remote/MachineProtocol.h"
+#include "platform/machine/remote/MachineSocket.h"
 
 namespace halvarin::platform {
 

@@ -9,8 +9,8 @@
 #include <utility>
 #include <variant>
 
-#include "platform/machine/MachineProtocol.h"
-#include "platform/machine/SocketAddress.h"
+#include "platform/machine/remote/MachineProtocol.h"
+#include "platform/machine/remote/SocketAddress.h"
 
 namespace halvarin::platform {
 

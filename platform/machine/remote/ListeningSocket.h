@@ -6,8 +6,8 @@
 #include <string>
 #include <variant>
 
-#include "platform/machine/MachineSocket.h"
-#include "platform/machine/SocketAddress.h"
+#include "platform/machine/remote/MachineSocket.h"
+#include "platform/machine/remote/SocketAddress.h"
 
 namespace halvarin::platform {
 

@@ -1,8 +1,8 @@
-#include "platform/machine/FanForce.h"
+#include "platform/machine/fans/FanForce.h"
 
 #include <algorithm>
 
-#include "platform/machine/FanKeys.h"
+#include "platform/machine/fans/FanKeys.h"
 
 namespace halvarin::platform {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/FanView.h"
+#include "host/fans/FanView.h"
 
 namespace halvarin::host {
 

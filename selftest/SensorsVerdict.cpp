@@ -1,4 +1,4 @@
-#include "selftest/SensorsTest.h"
+#include "selftest/SensorsVerdict.h"
 
 #include <array>
 
@@ -22,26 +22,26 @@ std::string lineOf(const Value& description, const Value& value, const Value& un
   return line + " °C, " + fixedText(static_cast<double>(fahrenheit), 2) + " °F";
 }
 
-void testRecord(const Dictionary& record, SensorsTestResult& result) {
+void testRecord(const Dictionary& record, SensorsVerdict& result) {
   const auto [description, inside] =
       record.getEach(std::array{record::kDescription, record::kIsInsideLimits});
   if (description.textView() == kUntestedSensor) {
     return;
   }
   result.passed = result.passed && inside.boolValue();
-  result.lines.push_back(sensorsTestLine(record));
+  result.lines.push_back(sensorLine(record));
 }
 
 }  // namespace
 
-std::string sensorsTestLine(const Dictionary& record) {
+std::string sensorLine(const Dictionary& record) {
   const auto [description, value, unit] =
       record.getEach(std::array{record::kDescription, record::kValue, record::kUnit});
   return lineOf(description, value, unit);
 }
 
-SensorsTestResult testSensors(const Dictionary& pass) {
-  SensorsTestResult result;
+SensorsVerdict judgeSensors(const Dictionary& pass) {
+  SensorsVerdict result;
   for (const auto& [category, records] : pass.entries()) {
     const ArrayRef array = records.array();
     if (category.view() == update::kFans || category.view() == update::kPowerSource || !array) {

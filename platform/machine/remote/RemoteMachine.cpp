@@ -1,4 +1,4 @@
-#include "platform/machine/RemoteMachine.h"
+#include "platform/machine/remote/RemoteMachine.h"
 
 #include <IOKit/IOKitLib.h>
 
@@ -7,8 +7,8 @@
 #include <optional>
 #include <utility>
 
-#include "platform/machine/MachineProtocol.h"
-#include "platform/machine/MachineSocket.h"
+#include "platform/machine/remote/MachineProtocol.h"
+#include "platform/machine/remote/MachineSocket.h"
 
 namespace halvarin::platform {
 

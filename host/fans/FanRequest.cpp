@@ -1,4 +1,4 @@
-#include "host/FanRequest.h"
+#include "host/fans/FanRequest.h"
 
 #include "base/NumberText.h"
 

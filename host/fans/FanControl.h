@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "base/Mutex.h"
-#include "host/FanGuard.h"
+#include "host/fans/FanGuard.h"
 #include "sensors/QXHalvarin.h"
 
 namespace halvarin::host {

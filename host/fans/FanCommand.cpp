@@ -1,4 +1,4 @@
-#include "host/FanCommand.h"
+#include "host/fans/FanCommand.h"
 
 #include <atomic>
 #include <csignal>
@@ -9,14 +9,14 @@
 #include "base/AtomicProperty.h"
 #include "base/NotificationCenter.h"
 #include "base/NumberText.h"
-#include "host/EndSignals.h"
 #include "host/Facade.h"
-#include "host/FanControl.h"
-#include "host/FanGuard.h"
-#include "host/FanRequest.h"
-#include "host/FanView.h"
 #include "host/MachineChoice.h"
 #include "host/Terminal.h"
+#include "host/fans/EndSignals.h"
+#include "host/fans/FanControl.h"
+#include "host/fans/FanGuard.h"
+#include "host/fans/FanRequest.h"
+#include "host/fans/FanView.h"
 #include "platform/Clock.h"
 #include "platform/HostServices.h"
 #include "platform/Queue.h"

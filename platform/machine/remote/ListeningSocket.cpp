@@ -1,4 +1,4 @@
-#include "platform/machine/ListeningSocket.h"
+#include "platform/machine/remote/ListeningSocket.h"
 
 #include <sys/socket.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "platform/machine/HottestReading.h"
+#include "platform/machine/fans/HottestReading.h"
 
 #include <algorithm>
 

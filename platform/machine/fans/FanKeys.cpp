@@ -1,4 +1,4 @@
-#include "platform/machine/FanKeys.h"
+#include "platform/machine/fans/FanKeys.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
-#include "platform/machine/SimulatedFans.h"
+#include "platform/machine/fans/SimulatedFans.h"
 
 #include <algorithm>
 
-#include "platform/machine/FanKeys.h"
+#include "platform/machine/fans/FanKeys.h"
 
 namespace halvarin::platform {
 

@@ -1,4 +1,4 @@
-#include "host/FanGuard.h"
+#include "host/fans/FanGuard.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -1,11 +1,11 @@
-#include "host/FanControl.h"
+#include "host/fans/FanControl.h"
 
 #include <algorithm>
 #include <array>
 #include <utility>
 
 #include "host/Exit.h"
-#include "host/FanView.h"
+#include "host/fans/FanView.h"
 #include "sensors/FanKey.h"
 #include "smc/KeyRecord.h"
 #include "smc/QXSMCInterface.h"

@@ -1,15 +1,15 @@
-#include "host/FansCommand.h"
+#include "host/fans/FansCommand.h"
 
 #include <iostream>
 #include <memory>
 
 #include "base/NumberText.h"
 #include "host/Facade.h"
-#include "host/FanView.h"
 #include "host/MachineChoice.h"
 #include "host/RecordJson.h"
 #include "host/Terminal.h"
 #include "host/Watch.h"
+#include "host/fans/FanView.h"
 
 namespace halvarin::host {
 

@@ -1,4 +1,4 @@
-#include "platform/machine/SocketAddress.h"
+#include "platform/machine/remote/SocketAddress.h"
 
 #include <unistd.h>
 

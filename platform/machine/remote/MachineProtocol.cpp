@@ -1,4 +1,4 @@
-#include "platform/machine/MachineProtocol.h"
+#include "platform/machine/remote/MachineProtocol.h"
 
 #include <string_view>
 #include <utility>

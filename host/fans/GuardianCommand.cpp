@@ -1,13 +1,13 @@
-#include "host/GuardianCommand.h"
+#include "host/fans/GuardianCommand.h"
 
 #include <chrono>
 #include <csignal>
 #include <iostream>
 #include <string>
 
-#include "host/FanControl.h"
-#include "host/FanGuard.h"
 #include "host/MachineChoice.h"
+#include "host/fans/FanControl.h"
+#include "host/fans/FanGuard.h"
 #include "platform/Queue.h"
 #include "sensors/QXHalvarin.h"
 #include "smc/QXSMCInterface.h"

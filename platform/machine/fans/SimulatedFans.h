@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "platform/Clock.h"
-#include "platform/machine/FanForce.h"
-#include "platform/machine/FanModel.h"
-#include "platform/machine/HottestReading.h"
 #include "platform/machine/KeyTable.h"
+#include "platform/machine/fans/FanForce.h"
+#include "platform/machine/fans/FanModel.h"
+#include "platform/machine/fans/HottestReading.h"
 
 namespace halvarin::platform {
 
