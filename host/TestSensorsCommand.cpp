@@ -69,7 +69,8 @@ void printTest(const MachineHeading& heading, const TestRun& run) {
     table.print(std::cout, mayColour());
   }
   std::cout << "\nSensor self-test: " << run.status << ", " << run.lines.size()
-            << (run.lines.size() == 1 ? " reading" : " readings") << "\n";
+            << (run.lines.size() == 1 ? " reading" : " readings")
+            << (run.lines.empty() ? ": nothing was tested" : "") << "\n";
 }
 
 Exit exitOf(const std::string& status) {

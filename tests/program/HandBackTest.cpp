@@ -92,8 +92,9 @@ TEST_P(HandBack, LeavesNoFanForcedAndNoGuardian) {
   EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return guardianOf(words[1]) == 0; }));
   const auto run = program.waitForEnd(kMost);
   ASSERT_TRUE(run);
+  // Which exit a crash has is for whoever watches the process, a sanitizer for one.
   const bool isSudden = way.signal == SIGABRT || way.signal == SIGKILL || way.signal == SIGSEGV;
-  EXPECT_EQ(run->exit, isSudden ? 128 + way.signal : 0) << run->err;
+  EXPECT_EQ(run->exit != 0, isSudden) << run->exit << run->err;
   EXPECT_FALSE(isForced());
 }
 

@@ -66,6 +66,13 @@ TEST(TestSensors, CtrlCCancelsWithExit4) {
   EXPECT_TRUE(test["lines"].empty());
 }
 
+TEST(TestSensors, AModelThatTheDatabaseDoesNotKnowPassesWithNothingTested) {
+  const ProgramRun run = halvarinRun({"--machine", "simulated:MacBookPro18,1", "test", "sensors"});
+  EXPECT_EQ(run.exit, 0);
+  EXPECT_THAT(run.out, EndsWith("Sensor self-test: Passed, 0 readings: nothing was tested\n"));
+  EXPECT_THAT(run.err, HasSubstr("does not know the model"));
+}
+
 TEST(TestSensors, OtherTestsAreRefused) {
   EXPECT_EQ(halvarinRun({"--machine", "simulated", "test"}).exit, 2);
   const ProgramRun run = halvarinRun({"--machine", "simulated", "test", "screens"});
