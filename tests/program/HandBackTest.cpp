@@ -1,7 +1,6 @@
 // Every way in which the program can end while it holds a fan, on every kind of machine: the fan is
 // automatic again within two seconds, and nothing of the program is left.
 
-#include <dirent.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,9 +8,10 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <tuple>
 
@@ -29,20 +29,23 @@ using namespace std::chrono_literals;
 constexpr auto kMost = 20s;  // until a program on a busy computer has begun
 constexpr auto kHandBackLimit = 2s;
 
+/// The words of a running process; "" when it has just ended.
+std::string commandLineOf(const std::filesystem::path& process) {
+  std::ostringstream words;
+  words << std::ifstream(process / "cmdline", std::ios::binary).rdbuf();
+  return words.str();
+}
+
 /// The process that is the guardian of this machine; 0 when there is none.
 pid_t guardianOf(const std::string& machineWord) {
-  pid_t found = 0;
-  DIR* const processes = opendir("/proc");
-  while (const dirent* entry = readdir(processes)) {
-    std::ifstream file(std::string("/proc/") + entry->d_name + "/cmdline", std::ios::binary);
-    const std::string words{std::istreambuf_iterator<char>(file), {}};
+  for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+    const std::string words = commandLineOf(process.path());
     if (words.find(machineWord) != std::string::npos &&
         words.find("hand-back-fans") != std::string::npos) {
-      found = std::atoi(entry->d_name);
+      return std::atoi(process.path().filename().c_str());
     }
   }
-  closedir(processes);
-  return found;
+  return 0;
 }
 
 struct Way {
