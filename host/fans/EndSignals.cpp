@@ -21,7 +21,7 @@ EndSignals::EndSignals(std::function<void()> onSignal) : onSignal_(std::move(onS
 
 EndSignals::~EndSignals() {
   ended_ = true;
-  pthread_kill(thread_.native_handle(), SIGTERM);
+  pthread_kill(thread_.native_handle(), SIGINT);  // one of those it waits for
   thread_.join();
   pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }

@@ -69,6 +69,7 @@ pid_t spawnApart(std::vector<std::string> words, int standardInput, int standard
   const ScopeGuard endAttributes([&] { posix_spawnattr_destroy(&attributes); });
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }
