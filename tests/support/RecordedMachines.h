@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <utility>
 #include <variant>
 
+#include "platform/Clock.h"
 #include "tests/support/Machines.h"
 #include "tests/support/SharedData.h"
 
@@ -19,7 +21,9 @@ inline InstalledMachine installRecorded(const std::string& model) {
     ADD_FAILURE() << error->message();
     return {};
   }
-  return install(std::get<platform::RecordedMachine>(std::move(read)));
+  platform::Simulation simulation;
+  simulation.clock = std::make_shared<platform::ScaledClock>(0);  // a forced fan would move
+  return install(std::get<platform::RecordedMachine>(std::move(read)), std::move(simulation));
 }
 
 /// A model as a part of a test's name.
