@@ -48,14 +48,20 @@ bool handBackPersistently(QXHalvarin& facade, const GuardedFans& forced) {
   return false;
 }
 
-void report(bool done, const GuardedFans& forced) {
+/// "fan 0, fan 2", or the flag alone when the program ended before it forced a fan.
+std::string namesOf(const GuardedFans& forced) {
   std::string names;
   for (const std::uint32_t fan : forced.fans) {
-    names += (names.empty() ? "" : ", ") + std::to_string(fan);
+    names += (names.empty() ? "fan " : ", fan ") + std::to_string(fan);
   }
-  std::cerr << (done ? "halvarin: the program ended without handing back; automatic again: fan "
-                     : "halvarin: the program ended and this could not be handed back: fan ")
-            << names << "\n";
+  return names.empty() ? "the fans' test flag" : names;
+}
+
+void report(bool done, const GuardedFans& forced) {
+  std::cerr << "halvarin: the program ended without handing back "
+            << namesOf(forced) +
+                   (done ? "; that is done now" : ", and that could not be done either")
+            << "\n";
 }
 
 }  // namespace

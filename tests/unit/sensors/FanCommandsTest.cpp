@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/Machines.h"
+#include "tests/support/SmallController.h"
 
 namespace halvarin::test {
 namespace {
@@ -11,16 +11,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// The controller's door on a small machine; the journal holds what came after the start.
-class FanCommands : public testing::Test {
+class FanCommands : public SmallController {
  protected:
-  void start(std::vector<platform::RecordedKey> keys, platform::Simulation simulation = {}) {
-    installed_ = install(machineWith(std::move(keys)), std::move(simulation));
-    smc_ = QXSMCInterface::init();
-    ASSERT_TRUE(smc_);
-    installed_.journal->clear();
-    transfersAtStart_ = installed_.machine->transferCount();
-  }
   /// The same on a machine with a fault.
   void startWithFault(std::vector<platform::RecordedKey> keys,
                       const platform::TransferFault& fault) {
@@ -28,13 +20,6 @@ class FanCommands : public testing::Test {
     simulation.faults = {fault};
     start(std::move(keys), std::move(simulation));
   }
-
-  std::vector<std::string> writes() { return writeLines(installed_.journal); }
-  std::uint64_t transfers() { return installed_.machine->transferCount() - transfersAtStart_; }
-
-  InstalledMachine installed_;
-  std::shared_ptr<QXSMCInterface> smc_;
-  std::uint64_t transfersAtStart_ = 0;
 };
 
 // ---- test flag ---------------------------------------------------------------------------------

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "sensors/FanCommands.h"
-#include "tests/support/Machines.h"
+#include "tests/support/SmallController.h"
 
 namespace halvarin::test {
 namespace {
@@ -12,19 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class FanMode : public testing::Test {
- protected:
-  void start(std::vector<platform::RecordedKey> keys, platform::Simulation simulation = {}) {
-    installed_ = install(machineWith(std::move(keys)), std::move(simulation));
-    smc_ = QXSMCInterface::init();
-    ASSERT_TRUE(smc_);
-    installed_.journal->clear();
-  }
-  std::vector<std::string> writes() { return writeLines(installed_.journal); }
-
-  InstalledMachine installed_;
-  std::shared_ptr<QXSMCInterface> smc_;
-};
+class FanMode : public SmallController {};
 
 TEST_F(FanMode, UpperCaseModeKeyOfSize1IsWrittenWith01AndTheForceBitsAreNotTouched) {
   start({key("F0Md", "ui8 ", {0}), key("FNum", "ui8 ", {1}), key("FS! ", "ui16", {0, 0})});

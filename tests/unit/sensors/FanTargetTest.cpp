@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "sensors/FanCommands.h"
-#include "tests/support/Machines.h"
+#include "tests/support/SmallController.h"
 
 namespace halvarin::test {
 namespace {
@@ -12,21 +12,13 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class FanTarget : public testing::Test {
+class FanTarget : public SmallController {
  protected:
   void start(const char* type, Bytes target, platform::Simulation simulation = {}) {
-    installed_ =
-        install(machineWith({key("F0Mn", "fpe2", {0x1F, 0x40}), key("F0Mx", "fpe2", {0x60, 0xE0}),
-                             key("F0Tg", type, std::move(target)), key("FNum", "ui8 ", {2})}),
-                std::move(simulation));
-    smc_ = QXSMCInterface::init();
-    ASSERT_TRUE(smc_);
-    installed_.journal->clear();
+    SmallController::start({key("F0Mn", "fpe2", {0x1F, 0x40}), key("F0Mx", "fpe2", {0x60, 0xE0}),
+                            key("F0Tg", type, std::move(target)), key("FNum", "ui8 ", {2})},
+                           std::move(simulation));
   }
-  std::vector<std::string> writes() { return writeLines(installed_.journal); }
-
-  InstalledMachine installed_;
-  std::shared_ptr<QXSMCInterface> smc_;
 };
 
 TEST_F(FanTarget, Speed1200IsWrittenAs12C0InFpe2) {
