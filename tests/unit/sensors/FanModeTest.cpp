@@ -142,5 +142,14 @@ TEST_F(FanMode, FailedWriteIsFalse) {
                                     "call 3 write FS!  size 2 bytes 0002 -> status e00002c2"));
 }
 
+TEST_F(FanMode, DeliberateForceBitsThatCannotBeReadCountAsTheirRecordHoldsThem) {
+  platform::RecordedKey bits = key("FS! ", "ui16", {0, 2});
+  bits.status = static_cast<std::int32_t>(0xE00002C2);
+  start({key("FNum", "ui8 ", {2}), bits});
+  EXPECT_TRUE(writeFanMode(*smc_, 1, 0));
+  // The record never held a value, which counts as no bit: the bit of fan 1 is lost.
+  EXPECT_THAT(writes(), ElementsAre("call 2 write FS!  size 2 bytes 0001 -> done"));
+}
+
 }  // namespace
 }  // namespace halvarin::test
