@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Checks the shape of the house: which folder may include which, that every source and test is in a
-build file, that every source has a test, and that the system chooses its platform by file."""
+build file, that every source has a test, that installed headers need no other, and that the system
+chooses its platform by file."""
 
 import re
 import subprocess
@@ -104,6 +105,23 @@ def build_faults(path):
             yield f"{path}: in no build file"
 
 
+def public_headers():
+    """What the installed library brings, by the list in the top build file."""
+    listed = re.search(r"PUBLIC FILE_SET HEADERS(.*?)PUBLIC FILE_SET",
+                       (TOP / "CMakeLists.txt").read_text(), re.S)
+    return set(re.findall(r"\S+\.h\b", listed.group(1)))
+
+
+def public_faults():
+    """A header that clients include must not need one that stays behind."""
+    public = public_headers()
+    for path in sorted(public):
+        for number, line in enumerate((TOP / path).read_text().splitlines(), 1):
+            match = OWN_INCLUDE.match(line)
+            if match is not None and match.group(1) not in public:
+                yield f"{path}:{number}: is installed, but {match.group(1)} is not"
+
+
 def test_faults(path):
     folder, name = path.rsplit("/", 1)
     if folder not in TEST_FOLDERS:
@@ -125,6 +143,7 @@ def main():
         if not path.endswith(".h"):
             faults += build_faults(path)
             faults += test_faults(path)
+    faults += public_faults()
     for path, test in TESTED_THROUGH_PROGRAM.items():
         if path not in files:
             faults.append(f"{path}: gone, but scripts/check-structure.py still names it ({test})")

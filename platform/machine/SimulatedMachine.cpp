@@ -9,6 +9,7 @@
 #include "platform/machine/ReadingCodec.h"
 #include "platform/machine/ReadingMotion.h"
 #include "platform/machine/fans/FanKeys.h"
+#include "platform/machine/fans/SimulatedFans.h"
 
 namespace halvarin::platform {
 
@@ -31,7 +32,10 @@ SimulatedMachine::SimulatedMachine(RecordedMachine machine, Simulation simulatio
       simulation_(withClock(std::move(simulation))),
       start_(simulation_.clock->now()),
       keys_(std::move(machine.keys)),
-      fans_(keys_, simulation_.fanFaults, simulation_.readingsMove) {}
+      fans_(std::make_unique<SimulatedFans>(keys_, simulation_.fanFaults,
+                                            simulation_.readingsMove)) {}
+
+SimulatedMachine::~SimulatedMachine() = default;
 
 bool SimulatedMachine::setReading(std::string_view key, double number) {
   const MutexLock lock(mutex_);
@@ -43,12 +47,12 @@ bool SimulatedMachine::setReading(std::string_view key, double number) {
   if (!bytes) {
     return false;
   }
-  fans_.moveTo(age());
+  fans_->moveTo(age());
   const auto before = std::exchange(recorded->bytes, std::move(*bytes));
   recorded->result = kResultOk;
   recorded->status = 0;
   keys_.hold(recorded->code);
-  fans_.keySet(*recorded, before);
+  fans_->keySet(*recorded, before);
   return true;
 }
 
@@ -88,7 +92,7 @@ MachineStatus SimulatedMachine::call(std::uint32_t connection, std::uint32_t sel
   const ControllerRequest decoded = decodeRequest(request.first<kCallBytes>());
   const MutexLock lock(mutex_);
   if (++transfers_ == 1) {
-    fans_.begin(age());
+    fans_->begin(age());
   }
   ControllerReply answered;
   const MachineStatus status =
@@ -163,8 +167,8 @@ ControllerReply SimulatedMachine::answer(const ControllerRequest& request) {
 }
 
 ControllerReply SimulatedMachine::read(const ControllerRequest& request) {
-  if (fans_.move(request.key)) {
-    fans_.moveTo(age());
+  if (fans_->move(request.key)) {
+    fans_->moveTo(age());
   }
   ControllerReply reply = keys_.answer(request);
   if (simulation_.readingsMove && reply.result == kResultOk && !keys_.isHeld(request.key)) {
@@ -180,11 +184,11 @@ ControllerReply SimulatedMachine::write(const ControllerRequest& request) {
   if (key == nullptr) {
     return keys_.answer(request);
   }
-  fans_.moveTo(age());
+  fans_->moveTo(age());
   const auto before = key->bytes;
   const ControllerReply reply = keys_.answer(request);
   if (reply.result == kResultOk) {
-    fans_.keyWritten(*key, before);
+    fans_->keyWritten(*key, before);
   }
   return reply;
 }

@@ -17,9 +17,10 @@
 #include "platform/machine/Machine.h"
 #include "platform/machine/MachineFile.h"
 #include "platform/machine/fans/FanModel.h"
-#include "platform/machine/fans/SimulatedFans.h"
 
 namespace halvarin::platform {
+
+class SimulatedFans;
 
 /// Transfers that fail with a status of the platform: those that fit in key, command and number.
 struct TransferFault {
@@ -49,6 +50,9 @@ struct Simulation {
 class HALVARIN_EXPORT SimulatedMachine : public Machine {
  public:
   explicit SimulatedMachine(RecordedMachine machine, Simulation simulation = {});
+  ~SimulatedMachine() override;
+  SimulatedMachine(const SimulatedMachine&) = delete;
+  SimulatedMachine& operator=(const SimulatedMachine&) = delete;
 
   /// Makes a key read the value of its type that is nearest to `number`, from now on. False, and
   /// nothing changed, when there is no such key or no reading of its type is a number.
@@ -83,7 +87,7 @@ class HALVARIN_EXPORT SimulatedMachine : public Machine {
   const Clock::Duration start_;
   Mutex mutex_;
   KeyTable keys_ HALVARIN_GUARDED_BY(mutex_);
-  SimulatedFans fans_ HALVARIN_GUARDED_BY(mutex_);
+  const std::unique_ptr<SimulatedFans> fans_ HALVARIN_GUARDED_BY(mutex_);
   std::unordered_set<std::uint32_t> connections_ HALVARIN_GUARDED_BY(mutex_);
   std::uint32_t lastConnection_ HALVARIN_GUARDED_BY(mutex_) = 0;
   std::uint64_t transfers_ HALVARIN_GUARDED_BY(mutex_) = 0;
