@@ -6,7 +6,7 @@
 
 namespace halvarin {
 
-/// A property whose single get or set is indivisible. What the value refers to (an array, a
+/// A property whose single get, set or update is indivisible. What the value refers to (an array, a
 /// dictionary) is not protected by it. Any thread.
 template <typename T>
 class AtomicProperty {
@@ -23,6 +23,14 @@ class AtomicProperty {
   void set(T value) {
     const MutexLock lock(mutex_);
     std::swap(value_, value);
+  }
+
+  /// Changes the value in place: `change` gets it while nobody else does, and must not come back
+  /// to this property.
+  template <typename Change>
+  void update(Change change) {
+    const MutexLock lock(mutex_);
+    change(value_);
   }
 
  private:

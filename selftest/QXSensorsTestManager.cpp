@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "selftest/SensorsVerdict.h"
+#include "selftest/TestStatus.h"
 #include "sensors/SensorUpdate.h"
 
 namespace halvarin {
@@ -14,7 +15,7 @@ std::shared_ptr<QXSensorsTestManager> QXSensorsTestManager::sensorTestManager() 
 std::shared_ptr<QXSensorsTestManager> QXSensorsTestManager::init() {
   std::shared_ptr<QXSensorsTestManager> manager(new QXSensorsTestManager);
   manager->setSmcsensors(QXHalvarin::sharedHalvarin());
-  manager->setStatus("Passed");
+  manager->setStatus(std::string(status::kPassed));
   return manager;
 }
 
@@ -46,7 +47,7 @@ void QXSensorsTestManager::sensorUpdateNotification(const Notification& notifica
   const SensorsVerdict result =
       notification.userInfo ? judgeSensors(*notification.userInfo) : SensorsVerdict();
   if (!result.passed) {
-    setStatus("Failed");
+    setStatus(std::string(status::kFailed));
   }
   setDoneTesting(true);
   if (const auto receiver = delegate()) {
@@ -56,7 +57,7 @@ void QXSensorsTestManager::sensorUpdateNotification(const Notification& notifica
 
 void QXSensorsTestManager::cancel() {
   setSamples(Dictionary::make());
-  setStatus("Canceled");
+  setStatus(std::string(status::kCanceled));
   setCanceled(true);
 }
 
