@@ -17,8 +17,8 @@
 #include "database/SaltTables.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/SharedData.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/unit/database/PlainDataAndLogLines.h"
-#include "tests/unit/database/TableFolder.h"
 
 namespace halvarin::test {
 

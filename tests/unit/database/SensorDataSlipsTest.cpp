@@ -12,8 +12,8 @@
 
 #include "database/packer/SensorTables.h"
 #include "tests/support/SharedData.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/unit/database/ShippedTables.h"
-#include "tests/unit/database/TableFolder.h"
 
 // What a slip of an editor of the shipped sensor tables leads to.
 

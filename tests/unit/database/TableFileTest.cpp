@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/database/TableFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace halvarin::test {
 
