@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "base/Export.h"
+
+// Letters without their case. Bodies: posix/TextCase.cpp.
+
+namespace halvarin::platform {
+
+/// The text with small letters for capital ones, those beyond ASCII too, the same in every locale.
+/// Bytes that are not UTF-8 stay as they are. Any thread.
+[[nodiscard]] HALVARIN_EXPORT std::string lowercased(std::string_view utf8);
+
+}  // namespace halvarin::platform
