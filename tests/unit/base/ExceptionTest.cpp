@@ -15,6 +15,10 @@ TEST(Exception, TellsItsNameAndItsReason) {
   EXPECT_EQ(exception.reason(), "index 4 beyond bounds");
 }
 
+TEST(Exception, NamesAValueOfTheWrongKindAsThePlatformDoes) {
+  EXPECT_EQ(Exception(Exception::kInvalidArgument, "").name(), "NSInvalidArgumentException");
+}
+
 TEST(Exception, IsCaughtAsAStandardExceptionThatTellsTheReason) {
   std::string caught;
   try {
