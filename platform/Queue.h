@@ -17,6 +17,8 @@
 
 namespace halvarin::platform {
 
+class Queue;
+
 /// Work that somebody waits for together. It may be entered and waited for again and again.
 class HALVARIN_EXPORT Group {
  public:
@@ -31,6 +33,13 @@ class HALVARIN_EXPORT Group {
   /// The same for at most `time` on the current clock; false when that is over. A time of 0 or less
   /// asks without waiting.
   [[nodiscard]] bool wait(Clock::Duration time) const;
+
+  /// Gives work to the queue once the group is empty: before this comes back when it is empty now,
+  /// else before the leave that next empties it comes back. Each call gives its work once, even if
+  /// the group is entered again by then; what one leave sets free goes in the order of these calls.
+  /// The queue lives on until it has the work. The work is never empty. It is destroyed
+  /// unperformed when the group's last handle goes before that leave.
+  void notify(const Queue& queue, std::function<void()> work) const;
 
  private:
   struct Body;
