@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,5 +24,37 @@ inline constexpr std::string_view kApplicationWillTerminate =
 
 /// The path of the file that this process runs; "" when the system does not tell.
 [[nodiscard]] HALVARIN_EXPORT std::string ownExecutablePath();
+
+/// The host's translation of a text for the person at the computer; the text itself when the host
+/// has none. On macOS the main bundle's strings have them, elsewhere the translator. Any thread.
+[[nodiscard]] HALVARIN_EXPORT std::string localizedText(std::string_view text);
+
+/// Translates a text; absent when it knows none. Called by any thread, by several at the same time.
+using TextTranslator = std::function<std::optional<std::string>(std::string_view text)>;
+
+/// Off macOS: from now on this one translates; an empty one ends that. Calls that go on meanwhile
+/// still use the one before. Any thread.
+HALVARIN_EXPORT void setTextTranslator(TextTranslator translator);
+
+/// A warning, its texts already translated.
+struct Alert {
+  std::string messageText;      // what is the matter, in a word or two
+  std::string defaultButton;    // the only button
+  std::string informativeText;  // the matter explained
+};
+
+/// Shows a warning to the person at the computer and comes back at once: nobody waits for the
+/// answer or is told it. On macOS the warning is a sheet on the application's main window.
+/// Elsewhere the presenter that is set now gets it later on the main thread (MainThread.h); where
+/// none is set, the system log gets one line of messageText, a blank and informativeText, with a
+/// blank for each line feed in them. Any thread.
+HALVARIN_EXPORT void showAlert(Alert alert);
+
+/// Shows a warning; called on the main thread.
+using AlertPresenter = std::function<void(const Alert& alert)>;
+
+/// Off macOS: from now on this one shows warnings; an empty one leaves them to the system log. Any
+/// thread.
+HALVARIN_EXPORT void setAlertPresenter(AlertPresenter presenter);
 
 }  // namespace halvarin::platform
