@@ -9,13 +9,13 @@
 namespace halvarin {
 
 /// A fault inside a reading that ends the reading and is logged there, for example an access beyond
-/// the end of a text: whoever reads catches it. The only one that reaches a host is about what the
-/// host itself handed over.
+/// the end of a text. It leaves the library only from operations that say so: whoever reads catches
+/// it.
 class HALVARIN_EXPORT Exception : public std::exception {
  public:
   /// The name of an access outside a text, an array or data.
   static constexpr const char* kRange = "NSRangeException";
-  /// The name of a value that is of the wrong kind.
+  /// The name of an argument of the wrong kind.
   static constexpr const char* kInvalidArgument = "NSInvalidArgumentException";
 
   Exception(std::string name, std::string reason)

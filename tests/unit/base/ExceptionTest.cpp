@@ -15,7 +15,7 @@ TEST(Exception, TellsItsNameAndItsReason) {
   EXPECT_EQ(exception.reason(), "index 4 beyond bounds");
 }
 
-TEST(Exception, NamesAValueOfTheWrongKindAsThePlatformDoes) {
+TEST(Exception, NamesAnArgumentOfTheWrongKindAsThePlatformDoes) {
   EXPECT_EQ(Exception(Exception::kInvalidArgument, "").name(), "NSInvalidArgumentException");
 }
 
