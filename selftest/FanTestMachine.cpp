@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 
 #include "sensors/FanRecord.h"
 
@@ -29,8 +30,14 @@ bool hasLost(const FanReading& reading, std::int32_t rpm) {
   return distance(reading.targetRpm, rpm) >= 51;
 }
 
+/// Truncated, and held at the ends of the range; not-a-number is 0.
 std::int32_t wholeRpm(double speed) {
-  return Value(speed).intValue();
+  using Limits = std::numeric_limits<std::int32_t>;
+  if (std::isnan(speed)) {
+    return 0;
+  }
+  return static_cast<std::int32_t>(
+      std::clamp(speed, static_cast<double>(Limits::min()), static_cast<double>(Limits::max())));
 }
 
 /// The one that a run is at: its highest speed, or its least.

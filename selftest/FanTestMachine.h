@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "base/Dictionary.h"
+#include "base/Export.h"
 #include "base/Value.h"
 
 // The fan self-test as a function: where a run stands and what a fan shows go in; where it stands
@@ -29,7 +30,7 @@ enum class FanTestState : std::uint32_t {
 };
 
 /// "set_max"; the exit of a run that came to its end is "no error".
-[[nodiscard]] std::string_view fanTestStateName(FanTestState state);
+[[nodiscard]] HALVARIN_EXPORT std::string_view fanTestStateName(FanTestState state);
 
 /// What a sample takes from a fan's dictionary (sensors/FanRecord.h).
 struct FanReading {
@@ -90,7 +91,8 @@ struct FanTestStep {
 /// is captured again).
 [[nodiscard]] FanTestStep takeFanTestSample(const FanTestRun& run, const FanReading& reading);
 
-/// The most samples that a run can still take when no speed below 1 is captured; 0 once it ended.
+/// The most samples that a run can still take as long as no captured speed truncates to 0; 0 once
+/// it ended.
 [[nodiscard]] std::int32_t mostFanTestSamplesLeft(const FanTestRun& run);
 
 }  // namespace halvarin
