@@ -2,6 +2,8 @@
 
 #include <IOKit/IOKitLib.h>
 
+#include "selftest/TestStatus.h"
+
 namespace halvarin::host {
 
 Exit exitFor(std::int32_t status) {
@@ -15,6 +17,13 @@ Exit exitFor(std::int32_t status) {
     default:
       return Exit::ownFailure;
   }
+}
+
+Exit exitForTest(std::string_view status) {
+  if (status == status::kCanceled) {
+    return Exit::canceled;
+  }
+  return status == status::kPassed ? Exit::fine : Exit::failed;
 }
 
 }  // namespace halvarin::host

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace halvarin::host {
 
@@ -20,6 +21,9 @@ enum class Exit : int {
 
 /// The exit of a program that a status of the platform stopped.
 [[nodiscard]] Exit exitFor(std::int32_t status);
+
+/// The exit of a self-test that ended with this status.
+[[nodiscard]] Exit exitForTest(std::string_view status);
 
 /// Ends the program with an exit and one line on standard error.
 class ExitError : public std::runtime_error {

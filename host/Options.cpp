@@ -29,6 +29,8 @@ struct RawOptions {
   std::optional<std::string> watch;
   std::optional<std::string> fan;
   std::optional<std::string> speed;
+  std::vector<std::string> testedFans;
+  std::optional<std::string> csvUser;
 };
 
 [[noreturn]] void refuse(const std::string& line) {
@@ -69,22 +71,38 @@ std::chrono::nanoseconds watchInterval(const std::string& text) {
   return std::chrono::nanoseconds(std::llround(*seconds * 1e9));
 }
 
+std::uint32_t fanNumber(const std::string& text) {
+  const auto fan = wholeNumber(text);
+  if (!fan || *fan > std::numeric_limits<std::uint32_t>::max()) {
+    refuse("\"" + text + "\" is not the number of a fan; fans are numbered from 0");
+  }
+  return static_cast<std::uint32_t>(*fan);
+}
+
 void understandFan(const RawOptions& raw, Options& options) {
   constexpr std::uint32_t kMostRpm = 65535;  // what the command takes
   if (!raw.fan || !raw.speed) {
     refuse("fan takes the number of a fan and auto or a speed, as in fan 0 3000 or fan 0 auto");
   }
-  const auto fan = wholeNumber(*raw.fan);
-  if (!fan || *fan > std::numeric_limits<std::uint32_t>::max()) {
-    refuse("\"" + *raw.fan + "\" is not the number of a fan; fans are numbered from 0");
-  }
-  options.fan = static_cast<std::uint32_t>(*fan);
+  options.fan = fanNumber(*raw.fan);
   options.handsFanBack = *raw.speed == "auto";
   const auto speed = wholeNumber(*raw.speed);
   if (!options.handsFanBack && (!speed || *speed > kMostRpm)) {
     refuse("a fan takes auto or a speed from 0 to 65535 RPM, not \"" + *raw.speed + "\"");
   }
   options.speedRpm = static_cast<std::uint32_t>(speed.value_or(0));
+}
+
+void understandTestFans(const RawOptions& raw, Options& options) {
+  constexpr std::size_t kLongestUser = 64;
+  for (const std::string& fan : raw.testedFans) {
+    options.testedFans.push_back(fanNumber(fan));
+  }
+  options.csvUser = raw.csvUser;
+  if (raw.csvUser && (raw.csvUser->empty() || raw.csvUser->size() > kLongestUser ||
+                      raw.csvUser->find('/') != std::string::npos)) {
+    refuse("--csv takes a name for the files, of 1 to 64 characters without \"/\"");
+  }
 }
 
 void checkFan(const Options& options) {
@@ -165,6 +183,9 @@ Options understood(Options options, const RawOptions& raw) {
   if (options.command == Command::fan) {
     understandFan(raw, options);
   }
+  if (options.command == Command::testFans) {
+    understandTestFans(raw, options);
+  }
   options.category = raw.category;
   options.keyPattern = raw.keyPattern;
   checkTogether(options);
@@ -219,11 +240,18 @@ void addFanCommands(CLI::App& app, Options& options, RawOptions& raw) {
   fan->add_flag("--leave", options.leave, "leave the fan forced and return at once");
 }
 
-void addTests(CLI::App& app, Options& options) {
-  auto* test = app.add_subcommand("test", "self-tests: sensors");
+void addTests(CLI::App& app, Options& options, RawOptions& raw) {
+  auto* test = app.add_subcommand("test", "self-tests: sensors, fans");
   auto* sensors = addCommand(*test, options, Command::testSensors, "sensors",
                              "judges every temperature, voltage, current, power and light");
   sensors->add_flag("--json", options.json, kJsonHelp);
+  auto* fans = addCommand(*test, options, Command::testFans, "fans",
+                          "takes every fan to its highest and its least speed");
+  fans->add_option("--fan", raw.testedFans, "the number of a fan to test; may be repeated")
+      ->allow_extra_args(false);
+  fans->add_option("--csv", raw.csvUser, "write each fan's samples to a file of that name's")
+      ->type_name("USER");
+  fans->add_flag("--json", options.json, kJsonHelp);
 }
 
 void addCommands(CLI::App& app, Options& options, RawOptions& raw) {
@@ -234,7 +262,7 @@ void addCommands(CLI::App& app, Options& options, RawOptions& raw) {
   sensors->add_option("--watch", raw.watch, kWatchHelp)->type_name("[=S]");
   sensors->add_flag("--json", options.json, kJsonHelp);
   addFanCommands(app, options, raw);
-  addTests(app, options);
+  addTests(app, options, raw);
 
   auto* keys = addCommand(app, options, Command::keys, "keys",
                           "raw keys with type, size, bytes and integer value");
@@ -266,7 +294,7 @@ std::string oneLine(std::string text) {
 /// The words that may stand where an unknown one stood.
 std::string whatThereIs(const CLI::App& app) {
   if (app.got_subcommand("test")) {
-    return "; the tests are: sensors";
+    return "; the tests are: sensors, fans";
   }
   return app.get_subcommands().empty()
              ? "; the commands are sensors, fans, fan, test, keys and models"
@@ -303,7 +331,8 @@ std::optional<Options> parseOptions(int argumentCount, const char* const* argume
   } catch (const CLI::ParseError& error) {
     refuse(oneLine(error.what()) + "; see 'halvarin --help'");
   }
-  if (app.got_subcommand("test") && options.command != Command::testSensors) {
+  if (app.got_subcommand("test") && options.command != Command::testSensors &&
+      options.command != Command::testFans) {
     refuse("test takes what to test" + whatThereIs(app));
   }
   return understood(std::move(options), raw);

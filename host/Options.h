@@ -14,7 +14,7 @@ namespace halvarin::host {
 /// The guardian's command (host/fans/FanGuard.h); for the program itself, not for people.
 inline constexpr const char* kGuardianCommand = "hand-back-fans";
 
-enum class Command { overview, sensors, fans, fan, testSensors, keys, models, guardian };
+enum class Command { overview, sensors, fans, fan, testSensors, testFans, keys, models, guardian };
 
 /// What the command line asks for, checked as far as that is possible without a machine.
 struct Options {
@@ -35,6 +35,8 @@ struct Options {
   bool handsFanBack = false;                              // fan: auto instead of a speed
   bool force = false;                                     // fan: also outside its range
   bool leave = false;                                     // fan: leave it forced
+  std::vector<std::uint32_t> testedFans;                  // test fans: these; empty for all
+  std::optional<std::string> csvUser;                     // test fans: whose files the samples are
   std::optional<std::string> keyPattern;                  // keys
   bool dump = false;                                      // keys
 };

@@ -73,13 +73,6 @@ void printTest(const MachineHeading& heading, const TestRun& run) {
             << (run.lines.empty() ? ": nothing was tested" : "") << "\n";
 }
 
-Exit exitOf(const std::string& status) {
-  if (status == "Canceled") {
-    return Exit::canceled;
-  }
-  return status == "Passed" ? Exit::fine : Exit::failed;
-}
-
 }  // namespace
 
 Exit runTestSensors(const Options& options) {
@@ -91,7 +84,7 @@ Exit runTestSensors(const Options& options) {
   } else {
     printTest(heading, run);
   }
-  return exitOf(run.status);
+  return exitForTest(run.status);
 }
 
 }  // namespace halvarin::host

@@ -12,6 +12,7 @@
 #include "host/fans/FanCommand.h"
 #include "host/fans/FansCommand.h"
 #include "host/fans/GuardianCommand.h"
+#include "host/fantest/TestFansCommand.h"
 
 namespace {
 
@@ -29,6 +30,8 @@ Exit run(const Options& options) {
       return halvarin::host::runFan(options);
     case Command::testSensors:
       return halvarin::host::runTestSensors(options);
+    case Command::testFans:
+      return halvarin::host::runTestFans(options);
     case Command::guardian:
       return halvarin::host::runGuardian(options);
     case Command::sensors:

@@ -37,6 +37,7 @@ TEST_FOLDERS = {
     "selftest": "tests/unit/selftest",
     "host": "tests/unit/host",
     "host/fans": "tests/unit/host",
+    "host/fantest": "tests/unit/host",
 }
 # Sources that tests reach only through a whole program, and which test that is.
 TESTED_THROUGH_PROGRAM = {
@@ -44,6 +45,8 @@ TESTED_THROUGH_PROGRAM = {
     "host/Facade.cpp": "tests/program/SensorsTest.cpp",
     "host/fans/FanCommand.cpp": "tests/program/FanTest.cpp",
     "host/fans/FansCommand.cpp": "tests/program/FansTest.cpp",
+    "host/fantest/FanBatch.cpp": "tests/program/TestFansTest.cpp",
+    "host/fantest/TestFansCommand.cpp": "tests/program/TestFansTest.cpp",
     "host/fans/GuardianCommand.cpp": "tests/program/HandBackTest.cpp",
     "host/KeysCommand.cpp": "tests/program/KeysTest.cpp",
     "host/MachineChoice.cpp": "tests/program/MachineOptionsTest.cpp",
@@ -54,6 +57,7 @@ TESTED_THROUGH_PROGRAM = {
     "host/OverviewCommand.cpp": "tests/program/OverviewTest.cpp",
     "host/SensorsCommand.cpp": "tests/program/SensorsTest.cpp",
     "host/TestSensorsCommand.cpp": "tests/program/TestSensorsTest.cpp",
+    "host/Watch.cpp": "tests/program/FansTest.cpp",
     "host/main.cpp": "tests/program/UsageTest.cpp",
 }
 OWN_INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"')

@@ -7,7 +7,6 @@
 #include <string>
 
 #include "base/AtomicProperty.h"
-#include "base/NotificationCenter.h"
 #include "base/NumberText.h"
 #include "host/Facade.h"
 #include "host/MachineChoice.h"
@@ -18,7 +17,6 @@
 #include "host/fans/FanRequest.h"
 #include "host/fans/FanView.h"
 #include "platform/Clock.h"
-#include "platform/HostServices.h"
 #include "platform/Queue.h"
 
 namespace halvarin::host {
@@ -51,9 +49,7 @@ void say(const std::string& line) {
 /// A fan as the machine shows it now.
 FanView currentFan(QXHalvarin& facade, const Options& options) {
   const FansView view = readFansView(facade);
-  if (const auto status = fanCountStatus()) {
-    refuseUnread("the number of fans", *status);
-  }
+  requireFanCount();
   if (options.fan >= view.fans.size()) {
     throw ExitError(Exit::usage, noSuchFan(options.fan, view.fans.size()));
   }
@@ -195,12 +191,7 @@ class ForcedFan {
     say(name_ + (ending == Hold::taken    ? " was handed back by something else."
                  : ending == Hold::unread ? " could not be read any more and was handed back."
                                           : " is under automatic control again."));
-    // What a host owes the library at its end once it has forced fans. On machines with force bits
-    // it clears them all, also those of others, so it is kept back while others hold a fan.
-    if (!anotherIsForced(*facade_, {})) {
-      NotificationCenter::defaultCenter().post(
-          {std::string(platform::kApplicationWillTerminate), nullptr, nullptr});
-    }
+    endFanUse(*facade_);
   }
 
   /// Says what the fan does now; false when it is not forced.

@@ -4,8 +4,10 @@
 #include <array>
 #include <utility>
 
+#include "base/NotificationCenter.h"
 #include "host/Exit.h"
 #include "host/fans/FanView.h"
+#include "platform/HostServices.h"
 #include "sensors/FanKey.h"
 #include "smc/KeyRecord.h"
 #include "smc/QXSMCInterface.h"
@@ -98,6 +100,13 @@ bool handBackFans(QXHalvarin& facade, const GuardedFans& forced) {
     done = facade.setFanEnable(false) && done;
   }
   return done;
+}
+
+void endFanUse(QXHalvarin& facade) {
+  if (!anotherIsForced(facade, {})) {
+    NotificationCenter::defaultCenter().post(
+        {std::string(platform::kApplicationWillTerminate), nullptr, nullptr});
+  }
 }
 
 bool hasTestFlag() {

@@ -21,6 +21,11 @@ namespace halvarin::host {
 /// flag could not be written.
 [[nodiscard]] bool handBackFans(QXHalvarin& facade, const GuardedFans& forced);
 
+/// Tells the library that the program is about to end, which a host that forced fans owes it. On
+/// machines with force bits the library then clears them all, also those of others, so it is not
+/// told while others hold a fan.
+void endFanUse(QXHalvarin& facade);
+
 /// Whether the machine wants its test flag on before a fan is forced.
 [[nodiscard]] bool hasTestFlag();
 

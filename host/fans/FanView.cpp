@@ -6,6 +6,7 @@
 
 #include "base/NumberText.h"
 #include "base/Text.h"
+#include "host/Exit.h"
 #include "host/PassView.h"
 #include "host/Terminal.h"
 #include "sensors/FanKey.h"
@@ -101,6 +102,13 @@ std::optional<std::int32_t> fanCountStatus() {
   const DictionaryRef record = keyRecord(fan::kCountKey);
   const std::int32_t status = record ? record->get(record::kError).intValue() : 0;
   return status != 0 ? std::optional(status) : std::nullopt;
+}
+
+void requireFanCount() {
+  if (const auto status = fanCountStatus()) {
+    throw ExitError(exitFor(*status), "the number of fans cannot be read (status " +
+                                          hexText(static_cast<std::uint32_t>(*status)) + ")");
+  }
 }
 
 std::string fanName(const FanView& fan) {

@@ -45,6 +45,10 @@ struct FansView {
 /// no such key.
 [[nodiscard]] std::optional<std::int32_t> fanCountStatus();
 
+/// Throws ExitError when the number of fans cannot be read: "no fans" is an answer only when the
+/// machine was able to say so.
+void requireFanCount();
+
 /// "Fan 0 (Left side)", "Fan 1".
 [[nodiscard]] std::string fanName(const FanView& fan);
 

@@ -15,14 +15,6 @@ namespace halvarin::host {
 
 namespace {
 
-/// "No fans" is an answer only when the machine was able to say so.
-void requireFanCount() {
-  if (const auto status = fanCountStatus()) {
-    throw ExitError(exitFor(*status), "the number of fans cannot be read (status " +
-                                          hexText(static_cast<std::uint32_t>(*status)) + ")");
-  }
-}
-
 WatchFrame fansFrame(QXHalvarin& facade, const std::string& heading) {
   const FansView view = readFansView(facade);
   requireFanCount();

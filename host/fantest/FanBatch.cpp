@@ -1,0 +1,180 @@
+#include "host/fantest/FanBatch.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "base/NumberText.h"
+#include "host/fans/FanControl.h"
+#include "host/fans/FanView.h"
+
+namespace halvarin::host {
+
+namespace {
+
+std::string statusText(std::int32_t status) {
+  return "(status " + hexText(static_cast<std::uint32_t>(status)) + ")";
+}
+
+/// Whether a test is between its first commands and the hand-back.
+bool isCommanding(const QXFanTest& test) {
+  constexpr std::int32_t kFewSamples = 4;
+  const FanTestProgress progress = test.progress();
+  const auto is = [&](FanTestState state) { return progress.state == fanTestStateName(state); };
+  return progress.sample >= kFewSamples &&
+         (is(FanTestState::setMax) || is(FanTestState::waitSpeed) || is(FanTestState::rahMax));
+}
+
+}  // namespace
+
+FanBatch::FanBatch(const Options& options, std::shared_ptr<QXHalvarin> facade,
+                   std::vector<FanTestWatch::Fan> fans)
+    : options_(options),
+      facade_(std::move(facade)),
+      manager_(QXFanTestManager::sharedFTM()),
+      fans_(std::move(fans)) {}
+
+DictionaryRef FanBatch::run(const std::shared_ptr<FanTestWatch>& watch,
+                            const std::function<void(const FanTestWatch& watch)>& show) {
+  guardFans();
+  manager_->setDelegate(watch);
+  starter_.async([this] {
+    manager_->startTesting(nullptr);
+    isStarted_ = true;
+  });
+  attend(*watch, show);
+  auto results = manager_->fanTestResults();
+  try {
+    release();
+  } catch (const ExitError&) {
+    if (trouble_.exit == Exit::fine) {
+      throw;  // else what ended the test is what stands in the way of the hand-back, too
+    }
+  }
+  if (trouble_.exit != Exit::fine) {
+    throw ExitError(trouble_.exit, trouble_.line);
+  }
+  return results;
+}
+
+void FanBatch::askForEnd() {
+  isAsked_ = true;
+  told_.signal();
+}
+
+/// The guardian is told of every fan before the first command, for the tests give none a chance to
+/// tell it in time.
+void FanBatch::guardFans() {
+  guard_ = FanGuard::start(options_);
+  if (!guard_) {
+    return;
+  }
+  bool isTold = !hasTestFlag() || guard_->testFlagIsOn();
+  for (const FanTestWatch::Fan& fan : fans_) {
+    isTold = isTold && guard_->fanIsForced(fan.index);
+  }
+  if (!isTold) {
+    throw ExitError(Exit::ownFailure, "the guardian has ended, so no fan was tested");
+  }
+}
+
+void FanBatch::attend(const FanTestWatch& watch,
+                      const std::function<void(const FanTestWatch& watch)>& show) {
+  constexpr std::chrono::milliseconds kLook(250);
+  while (!hasEnded()) {
+    show(watch);
+    lookForTrouble(watch);
+    if (isAsked_ || trouble_.exit != Exit::fine) {
+      manager_->cancel();  // again and again: a test that is just beginning forgets it
+    }
+    static_cast<void>(told_.wait(kLook));
+  }
+  show(watch);
+}
+
+bool FanBatch::hasEnded() const {
+  if (!isStarted_ || !manager_->activeFanTests().empty()) {
+    return false;
+  }
+  const auto tests = manager_->fanTests();
+  return std::all_of(tests.begin(), tests.end(), [](const auto& test) { return test->enabled(); });
+}
+
+void FanBatch::lookForTrouble(const FanTestWatch& watch) {
+  if (trouble_.exit != Exit::fine) {
+    return;
+  }
+  if (guard_ && guard_->hasEnded()) {
+    trouble_ = {Exit::ownFailure, "the guardian has ended, so the fan self-test was canceled"};
+    return;
+  }
+  lookWhetherFansAreRead(watch);
+  lookWhetherFansObey();
+}
+
+void FanBatch::lookWhetherFansAreRead(const FanTestWatch& watch) {
+  constexpr int kMostLooks = 40;  // ten seconds
+  const std::int64_t samples = watch.samples();
+  looksWithoutSample_ = samples != samplesSeen_ ? 0 : looksWithoutSample_ + 1;
+  samplesSeen_ = samples;
+  if (looksWithoutSample_ < kMostLooks) {
+    return;
+  }
+  looksWithoutSample_ = 0;
+  if (const auto status = fanCountStatus()) {
+    trouble_ = {exitFor(*status), "the fans cannot be read any more " + statusText(*status) +
+                                      ", so the fan self-test was canceled"};
+  }
+}
+
+/// A verdict over fans that the system does not let this user command would be one over the user.
+void FanBatch::lookWhetherFansObey() {
+  if (isObedienceKnown_) {
+    return;
+  }
+  for (const FanTestWatch::Fan& fan : fans_) {
+    const auto test = fan.test.lock();
+    if (!test || !isCommanding(*test)) {
+      continue;
+    }
+    isObedienceKnown_ = true;
+    const bool isRefused = stillForced().empty() && isCommanding(*test);
+    const auto status = isRefused ? fanCommandStatus(fan.index) : std::nullopt;
+    if (status && exitFor(*status) == Exit::notPermitted) {
+      trouble_ = {Exit::notPermitted, fan.name + " could not be forced " + statusText(*status) +
+                                          ": not permitted; run it as root"};
+    }
+    return;
+  }
+}
+
+/// Those of the fans that are forced now, or may be for all that can be read.
+std::vector<std::uint32_t> FanBatch::stillForced() {
+  const FansView view = readFansView(*facade_);
+  std::vector<std::uint32_t> forced;
+  for (const FanTestWatch::Fan& fan : fans_) {
+    if (fan.index >= view.fans.size() || view.fans[fan.index].isForced) {
+      forced.push_back(fan.index);
+    }
+  }
+  return forced;
+}
+
+/// Dropping the tests hands their fans back; what that could not do is done here, and what this
+/// cannot do is left to the guardian.
+void FanBatch::release() {
+  manager_->reInitFanTests();
+  const std::vector<std::uint32_t> forced = stillForced();
+  if (!forced.empty() && !handBackFans(*facade_, {forced, hasTestFlag()})) {
+    const auto status = fanCommandStatus(forced.front());
+    throw ExitError(status ? exitFor(*status) : Exit::ownFailure,
+                    "fan " + std::to_string(forced.front()) + " could not be handed back" +
+                        (status ? " " + statusText(*status) : ""));
+  }
+  if (guard_) {
+    guard_->forget();
+  }
+  endFanUse(*facade_);
+}
+
+}  // namespace halvarin::host

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/Dictionary.h"
+#include "host/Exit.h"
+#include "host/Options.h"
+#include "host/fans/FanGuard.h"
+#include "host/fantest/FanTestWatch.h"
+#include "platform/Queue.h"
+#include "selftest/QXFanTestManager.h"
+#include "sensors/QXHalvarin.h"
+
+namespace halvarin::host {
+
+/// Runs the fan self-test of some fans for the program: answers for their release, notices what
+/// makes the test senseless, and ends it when it is asked to.
+class FanBatch {
+ public:
+  FanBatch(const Options& options, std::shared_ptr<QXHalvarin> facade,
+           std::vector<FanTestWatch::Fan> fans);
+
+  /// The whole test, on the calling thread; `show` gets the watch four times a second of the
+  /// machine's time. Returns the manager's results, when all fans are under automatic control
+  /// again. Throws ExitError when the fans could not be tested or handed back.
+  [[nodiscard]] DictionaryRef run(const std::shared_ptr<FanTestWatch>& watch,
+                                  const std::function<void(const FanTestWatch& watch)>& show);
+
+  /// Ends the test soon. Any thread.
+  void askForEnd();
+
+ private:
+  struct Trouble {
+    Exit exit = Exit::fine;  // fine: none
+    std::string line;
+  };
+
+  void guardFans();
+  void attend(const FanTestWatch& watch,
+              const std::function<void(const FanTestWatch& watch)>& show);
+  [[nodiscard]] bool hasEnded() const;
+  void lookForTrouble(const FanTestWatch& watch);
+  void lookWhetherFansAreRead(const FanTestWatch& watch);
+  void lookWhetherFansObey();
+  void release();
+  [[nodiscard]] std::vector<std::uint32_t> stillForced();
+
+  const Options& options_;
+  const std::shared_ptr<QXHalvarin> facade_;
+  const std::shared_ptr<QXFanTestManager> manager_;
+  const std::vector<FanTestWatch::Fan> fans_;
+  const platform::Queue starter_{"halvarin fan test", platform::Queue::Kind::serial};
+  platform::Semaphore told_{0};
+  std::unique_ptr<FanGuard> guard_;  // null on machines that end with the program
+  std::atomic<bool> isAsked_ = false;
+  std::atomic<bool> isStarted_ = false;
+  Trouble trouble_;
+  bool isObedienceKnown_ = false;
+  std::int64_t samplesSeen_ = 0;
+  int looksWithoutSample_ = 0;
+};
+
+}  // namespace halvarin::host

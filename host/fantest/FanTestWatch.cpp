@@ -1,0 +1,100 @@
+#include "host/fantest/FanTestWatch.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/fantest/FanTestCsv.h"
+#include "selftest/TestStatus.h"
+#include "sensors/FanRecord.h"
+
+namespace halvarin::host {
+
+namespace {
+
+double doneShare(const FanTestProgress& progress) {
+  const int expected = progress.sample + progress.mostSamplesLeft;
+  return expected > 0 ? static_cast<double>(progress.sample) / expected : 1;
+}
+
+void showProgress(const QXFanTest& test, FanTestView& view) {
+  const FanTestProgress progress = test.progress();
+  const bool hasEnded = progress.state == fanTestStateName(FanTestState::done);
+  view.state = hasEnded ? test.status() : std::string(progress.state);
+  if (view.state != status::kCanceled) {  // one that was canceled stays where it was
+    view.doneShare = doneShare(progress);
+  }
+}
+
+void take(FanSeen& seen, double speedRpm) {
+  seen.lowestRpm = std::min(seen.lowestRpm.value_or(speedRpm), speedRpm);
+  seen.highestRpm = std::max(seen.highestRpm.value_or(speedRpm), speedRpm);
+}
+
+}  // namespace
+
+FanTestWatch::FanTestWatch(std::vector<Fan> fans,
+                           std::function<void(const std::string& line)> onStateChange)
+    : fans_(std::move(fans)), onStateChange_(std::move(onStateChange)) {
+  const MutexLock lock(mutex_);
+  for (const Fan& fan : fans_) {
+    Entry& entry = entries_[fan.index];
+    entry.view.name = fan.name;
+    entry.view.state = "waiting";
+  }
+}
+
+void FanTestWatch::updateFanProgress(const DictionaryRef& fan) {
+  const std::uint32_t index = fan->get(fan::kIndex).unsignedIntValue();
+  const auto found = std::find_if(fans_.begin(), fans_.end(),
+                                  [index](const Fan& each) { return each.index == index; });
+  const auto test = found != fans_.end() ? found->test.lock() : nullptr;
+  if (!test) {
+    return;
+  }
+  const FanTestProgress progress = test->progress();
+  const MutexLock lock(mutex_);
+  auto& [view, seen] = entries_[index];
+  view.speedRpm = fan->get(fan::kSpeed).doubleValue();
+  view.targetRpm = fan->get(fan::kTarget).doubleValue();
+  view.hasReading = true;
+  view.doneShare = doneShare(progress);
+  take(seen, view.speedRpm);
+  seen.csvLines.push_back(csvLine(progress, *fan));
+  if (view.state != progress.state) {
+    view.state = progress.state;
+    onStateChange_(stateLine(view));
+  }
+}
+
+std::vector<FanTestView> FanTestWatch::views() const {
+  std::vector<FanTestView> views;
+  views.reserve(fans_.size());
+  for (const Fan& fan : fans_) {
+    const auto test = fan.test.lock();
+    const MutexLock lock(mutex_);
+    FanTestView view = entries_.at(fan.index).view;
+    if (test && view.hasReading) {
+      showProgress(*test, view);
+    }
+    views.push_back(std::move(view));
+  }
+  return views;
+}
+
+std::int64_t FanTestWatch::samples() const {
+  std::int64_t samples = 0;
+  for (const Fan& fan : fans_) {
+    if (const auto test = fan.test.lock()) {
+      samples += test->progress().sample;
+    }
+  }
+  return samples;
+}
+
+FanSeen FanTestWatch::seen(std::uint32_t index) const {
+  const MutexLock lock(mutex_);
+  const auto found = entries_.find(index);
+  return found != entries_.end() ? found->second.seen : FanSeen();
+}
+
+}  // namespace halvarin::host

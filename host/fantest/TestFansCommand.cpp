@@ -1,0 +1,239 @@
+#include "host/fantest/TestFansCommand.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/Array.h"
+#include "base/FileBytes.h"
+#include "host/Facade.h"
+#include "host/MachineChoice.h"
+#include "host/RecordJson.h"
+#include "host/Screen.h"
+#include "host/Table.h"
+#include "host/Terminal.h"
+#include "host/fans/EndSignals.h"
+#include "host/fans/FanRequest.h"
+#include "host/fans/FanView.h"
+#include "host/fantest/FanBatch.h"
+#include "host/fantest/FanTestCsv.h"
+#include "host/fantest/FanTestView.h"
+#include "host/fantest/FanTestWatch.h"
+#include "platform/LocalTime.h"
+#include "selftest/QXFanTestManager.h"
+#include "selftest/TestLog.h"
+#include "selftest/TestStatus.h"
+#include "sensors/FanRecord.h"
+
+namespace halvarin::host {
+
+namespace {
+
+using Fans = std::vector<FanTestWatch::Fan>;
+
+/// Selects the fans that the options ask for, all that may be tested without any.
+Fans selectFans(const Options& options, QXHalvarin& facade) {
+  const FansView view = readFansView(facade);
+  requireFanCount();
+  const auto& wanted = options.testedFans;
+  for (const std::uint32_t fan : wanted) {
+    if (fan >= view.fans.size()) {
+      throw ExitError(Exit::usage, noSuchFan(fan, view.fans.size()));
+    }
+  }
+  const auto tests = QXFanTestManager::sharedFTM()->fanTests();
+  Fans fans;
+  for (std::size_t i = 0; i < std::min(tests.size(), view.fans.size()); ++i) {
+    const bool isWanted = std::find(wanted.begin(), wanted.end(), i) != wanted.end();
+    if (!wanted.empty() && isWanted != tests[i]->selected()) {
+      tests[i]->setSelected(isWanted);
+    }
+    if (tests[i]->selected()) {
+      fans.push_back({view.fans[i].index, fanName(view.fans[i]), tests[i]});
+    }
+  }
+  return fans;
+}
+
+/// One run of the command, from the machine to what is printed.
+class FanTestRunner {
+ public:
+  explicit FanTestRunner(const Options& options)
+      : options_(options),
+        facade_(openFacade(options)),
+        heading_(machineHeading(options, facade_->machineModel())),
+        fans_(selectFans(options, *facade_)),
+        isDrawn_(!options.json && isatty(STDOUT_FILENO) == 1) {}
+
+  Exit run() {
+    if (!options_.json) {
+      std::cout << printable(headingLine(heading_)) << std::endl;
+    }
+    if (fans_.empty()) {
+      std::cerr << "halvarin: there was nothing to test: "
+                << (options_.testedFans.empty() ? "the machine has no fan that can be tested"
+                                                : "only fans 0 to 14 can be tested")
+                << "\n";
+      results_ = QXFanTestManager::sharedFTM()->fanTestResults();
+    } else {
+      test();
+      saveSamples();
+    }
+    print();
+    return exitForTest(results_->get("status").textView());
+  }
+
+ private:
+  void test() {
+    const bool isDrawn = isDrawn_;
+    watch_ = std::make_shared<FanTestWatch>(fans_, [isDrawn](const std::string& line) {
+      if (!isDrawn) {
+        std::cerr << "halvarin: " + line + "\n";
+      }
+    });
+    FanBatch batch(options_, facade_, fans_);
+    const EndSignals signals([&batch] { batch.askForEnd(); });
+    std::signal(SIGTSTP, SIG_IGN);  // a suspended program could not hand its fans back
+    Screen screen;
+    results_ = batch.run(watch_, [&screen, isDrawn](const FanTestWatch& watch) {
+      if (isDrawn) {
+        screen.show(progressFrame(watch.views()));
+      }
+    });
+  }
+
+  /// The results' entries with what the program knows beside them.
+  struct Result {
+    std::uint32_t index = 0;
+    std::string name;
+    std::string location;
+    std::string status;
+    FanSeen seen;
+  };
+
+  std::vector<Result> results() const {
+    std::vector<Result> all;
+    const ArrayRef entries = results_->get("fanTestResults").array();
+    for (std::size_t i = 0; i < fans_.size(); ++i) {
+      const DictionaryRef entry = entries->at(i).dictionary();
+      all.push_back({fans_[i].index, fans_[i].name, entry->get("location").text().string(),
+                     entry->get("status").text().string(), watch_->seen(fans_[i].index)});
+    }
+    return all;
+  }
+
+  // ---- files ---------------------------------------------------------------------------------
+
+  void saveSamples() const {
+    if (!options_.csvUser) {
+      return;
+    }
+    std::vector<std::string> taken;
+    const auto tests = QXFanTestManager::sharedFTM()->fanTests();
+    for (const Result& result : results()) {
+      // Two fans of one name would share one file, and the later would replace the earlier.
+      std::string user = *options_.csvUser;
+      if (std::find(taken.begin(), taken.end(), result.location) != taken.end()) {
+        user += "-fan" + std::to_string(result.index);
+      }
+      taken.push_back(result.location);
+      const auto test = result.index < tests.size() ? tests[result.index] : nullptr;
+      const std::string path = test ? savedTo(*test, result.seen, user) : "";
+      (options_.json ? std::cerr : std::cout)
+          << (options_.json ? "halvarin: " : "")
+          << printable(path.empty() ? "the samples of " + result.name +
+                                          " could not be written to " + std::string(kFanCsvFolder)
+                                    : "The samples of " + result.name + " are in " + path)
+          << std::endl;
+    }
+  }
+
+  /// Where the samples are; "" when they could not be written.
+  std::string savedTo(const QXFanTest& test, const FanSeen& seen, const std::string& user) const {
+    std::string content;
+    std::vector<Value> lines{csvHeader()};
+    lines.insert(lines.end(), seen.csvLines.begin(), seen.csvLines.end());
+    for (const Value& line : lines) {
+      content += std::string(line.textView()) + "\n";
+    }
+    const auto pathAt = [&](const platform::LocalTime& time) {
+      return csvPath(test.fanLocation(), facade_->machineModel(), user, time);
+    };
+    const std::string before = pathAt(platform::localTime());
+    test.saveFanAsCSV(*Array::make(lines), user);
+    for (const std::string& path : {before, pathAt(platform::localTime())}) {
+      if (fileBytes(path) == content) {  // the minute may have changed meanwhile
+        return path;
+      }
+    }
+    return "";
+  }
+
+  // ---- output --------------------------------------------------------------------------------
+
+  void print() const {
+    if (options_.json) {
+      printJson(json());
+      return;
+    }
+    const std::string status = results_->get("status").text().string();
+    if (!fans_.empty()) {
+      std::cout << "\n";
+      table().print(std::cout, mayColour());
+    }
+    std::cout << "\nFan self-test: " << status << ", " << fans_.size()
+              << (fans_.size() == 1 ? " fan" : " fans")
+              << (fans_.empty() ? ": nothing was tested" : "") << "\n";
+  }
+
+  Json json() const {
+    Json entries = Json::array();
+    for (const Result& result : results()) {
+      Json entry{{"index", result.index}, {"location", result.location}, {"status", result.status}};
+      if (result.seen.lowestRpm && result.seen.highestRpm) {
+        entry["lowestSpeed"] = *result.seen.lowestRpm;
+        entry["highestSpeed"] = *result.seen.highestRpm;
+      }
+      entries.push_back(std::move(entry));
+    }
+    return {{"machine", toJson(heading_)},
+            {"status", results_->get("status").text().string()},
+            {"fanTestResults", std::move(entries)}};
+  }
+
+  Table table() const {
+    Table table({{"Fan"}, {"Lowest", Align::right}, {"Highest", Align::right}, {"Verdict"}});
+    for (const Result& result : results()) {
+      const auto speed = [](const std::optional<double>& rpm) {
+        return rpm ? rpmText(*rpm) : std::string("not read");
+      };
+      table.addRow({{result.name},
+                    {speed(result.seen.lowestRpm)},
+                    {speed(result.seen.highestRpm)},
+                    {result.status, result.status == status::kPassed ? Tone::good : Tone::bad}});
+    }
+    return table;
+  }
+
+  const Options& options_;
+  const std::shared_ptr<QXHalvarin> facade_;
+  const MachineHeading heading_;
+  const Fans fans_;
+  const bool isDrawn_;
+  std::shared_ptr<FanTestWatch> watch_;  // null without a fan to test
+  DictionaryRef results_;
+};
+
+}  // namespace
+
+Exit runTestFans(const Options& options) {
+  return FanTestRunner(options).run();
+}
+
+}  // namespace halvarin::host
