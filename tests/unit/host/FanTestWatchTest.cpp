@@ -1,0 +1,108 @@
+#include "host/fantest/FanTestWatch.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/unit/selftest/FanTests.h"
+
+namespace halvarin::test {
+namespace {
+
+using host::FanTestWatch;
+using testing::ElementsAre;
+
+/// A watch over a fan of a machine whose time passes only by waiting.
+class FanWatch : public FanTestCase {
+ protected:
+  void SetUp() override {
+    startOn(fanMachine(FanStyle::modeKeys));
+    test_ = testOf(1);
+    watch_ =
+        std::make_shared<FanTestWatch>(std::vector<FanTestWatch::Fan>{{1, "Fan 1", test_}},
+                                       [this](const std::string& line) { lines_.push_back(line); });
+  }
+  void run() {
+    test_->startTestWithProgress(
+        nullptr, [this](const DictionaryRef& fan) { watch_->updateFanProgress(fan); });
+  }
+
+  std::shared_ptr<QXFanTest> test_;
+  std::shared_ptr<FanTestWatch> watch_;
+  std::vector<std::string> lines_;
+};
+
+TEST_F(FanWatch, FanWaitsBeforeItsFirstReading) {
+  const auto views = watch_->views();
+  ASSERT_EQ(views.size(), 1U);
+  EXPECT_EQ(views[0].name, "Fan 1");
+  EXPECT_EQ(views[0].state, "waiting");
+  EXPECT_EQ(views[0].doneShare, 0);
+  EXPECT_FALSE(views[0].hasReading);
+  EXPECT_EQ(watch_->samples(), 0);
+  EXPECT_EQ(watch_->seen(1).lowestRpm, std::nullopt);
+}
+
+TEST_F(FanWatch, EveryStateIsToldOnce) {
+  run();
+  std::vector<std::string> states;
+  for (const std::string& line : lines_) {
+    states.push_back(line.substr(7, line.find(',') - 7));
+  }
+  EXPECT_THAT(states, ElementsAre("init", "set_max", "wait_speed", "rah_max", "set_min", "rah_min",
+                                  "automode", "animate_done"));
+}
+
+TEST_F(FanWatch, KeepsTheExtremesAndALineForEveryReading) {
+  run();
+  const auto seen = watch_->seen(1);
+  EXPECT_NEAR(seen.lowestRpm.value_or(0), 1200, 100);
+  EXPECT_NEAR(seen.highestRpm.value_or(0), 6000, 100);
+  EXPECT_EQ(seen.csvLines.size(), static_cast<std::size_t>(test_->progress().sample));
+  EXPECT_EQ(watch_->samples(), test_->progress().sample);
+  EXPECT_EQ(seen.csvLines[1].substr(0, 9), "1,set_max");
+}
+
+TEST_F(FanWatch, TestThatHasEndedShowsItsVerdictAndAFullBar) {
+  run();
+  EXPECT_EQ(watch_->views()[0].state, "Passed");
+  EXPECT_EQ(watch_->views()[0].doneShare, 1);
+}
+
+TEST_F(FanWatch, CanceledTestStaysWhereItWas) {
+  test_->startTestWithProgress(nullptr, [this](const DictionaryRef& fan) {
+    watch_->updateFanProgress(fan);
+    if (test_->progress().state == "rah_max") {
+      test_->cancel();
+    }
+  });
+  EXPECT_EQ(watch_->views()[0].state, "Canceled");
+  EXPECT_GT(watch_->views()[0].doneShare, 0);
+  EXPECT_LT(watch_->views()[0].doneShare, 0.1);
+}
+
+TEST_F(FanWatch, BarNeverGoesBack) {
+  double before = 0;
+  test_->startTestWithProgress(nullptr, [&](const DictionaryRef& fan) {
+    watch_->updateFanProgress(fan);
+    EXPECT_GE(watch_->views()[0].doneShare, before);
+    before = watch_->views()[0].doneShare;
+  });
+  EXPECT_GT(before, 0.98);
+}
+
+TEST_F(FanWatch, FanThatIsNotWatchedIsPassedOver) {
+  watch_->updateFanProgress(facade_->readFans()->at(0).dictionary());
+  EXPECT_FALSE(watch_->views()[0].hasReading);
+  EXPECT_EQ(watch_->seen(0).lowestRpm, std::nullopt);
+}
+
+TEST_F(FanWatch, KeepsNoTestAlive) {
+  test_ = nullptr;
+  EXPECT_EQ(writes().back(), "F1md 00");
+  watch_->updateFanProgress(facade_->readFans()->at(1).dictionary());
+  EXPECT_FALSE(watch_->views()[0].hasReading);
+  EXPECT_EQ(watch_->samples(), 0);
+}
+
+}  // namespace
+}  // namespace halvarin::test
