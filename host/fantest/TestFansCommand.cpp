@@ -73,7 +73,7 @@ class FanTestRunner {
 
   Exit run() {
     if (!options_.json) {
-      std::cout << printable(headingLine(heading_)) << std::endl;
+      std::cout << printable(headingLine(heading_)) << "\n" << std::endl;
     }
     if (fans_.empty()) {
       std::cerr << "halvarin: there was nothing to test: "
@@ -184,10 +184,11 @@ class FanTestRunner {
     }
     const std::string status = results_->get("status").text().string();
     if (!fans_.empty()) {
-      std::cout << "\n";
+      std::cout << (isDrawn_ ? "\n" : "");
       table().print(std::cout, mayColour());
+      std::cout << "\n";
     }
-    std::cout << "\nFan self-test: " << status << ", " << fans_.size()
+    std::cout << "Fan self-test: " << status << ", " << fans_.size()
               << (fans_.size() == 1 ? " fan" : " fans")
               << (fans_.empty() ? ": nothing was tested" : "") << "\n";
   }
