@@ -2,7 +2,12 @@
 
 #include <array>
 #include <string_view>
+#include <utility>
 
+#include "base/Array.h"
+#include "base/FileBytes.h"
+#include "platform/LocalTime.h"
+#include "selftest/TestLog.h"
 #include "sensors/FanRecord.h"
 
 namespace halvarin::host {
@@ -28,6 +33,27 @@ std::string csvLine(const FanTestProgress& progress, const Dictionary& fan) {
     line += "," + (value.isNothing() ? std::string() : value.description());
   }
   return line;
+}
+
+std::string savedCsv(const QXFanTest& test, const std::string& model, const std::string& user,
+                     const std::vector<std::string>& samples) {
+  std::vector<Value> lines{csvHeader()};
+  lines.insert(lines.end(), samples.begin(), samples.end());
+  std::string content;
+  for (const Value& line : lines) {
+    content += std::string(line.textView()) + "\n";
+  }
+  const auto pathNow = [&] {
+    return csvPath(test.fanLocation(), model, user, platform::localTime());
+  };
+  const std::string before = pathNow();
+  test.saveFanAsCSV(*Array::make(std::move(lines)), user);
+  for (const std::string& path : {before, pathNow()}) {  // the minute may have changed meanwhile
+    if (fileBytes(path) == content) {
+      return path;
+    }
+  }
+  return "";
 }
 
 }  // namespace halvarin::host

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "base/Array.h"
-#include "base/FileBytes.h"
 #include "host/Facade.h"
 #include "host/MachineChoice.h"
 #include "host/RecordJson.h"
@@ -25,11 +24,9 @@
 #include "host/fantest/FanTestCsv.h"
 #include "host/fantest/FanTestView.h"
 #include "host/fantest/FanTestWatch.h"
-#include "platform/LocalTime.h"
 #include "selftest/QXFanTestManager.h"
 #include "selftest/TestLog.h"
 #include "selftest/TestStatus.h"
-#include "sensors/FanRecord.h"
 
 namespace halvarin::host {
 
@@ -144,7 +141,8 @@ class FanTestRunner {
       }
       taken.push_back(result.location);
       const auto test = result.index < tests.size() ? tests[result.index] : nullptr;
-      const std::string path = test ? savedTo(*test, result.seen, user) : "";
+      const std::string path =
+          test ? savedCsv(*test, facade_->machineModel(), user, result.seen.csvLines) : "";
       (options_.json ? std::cerr : std::cout)
           << (options_.json ? "halvarin: " : "")
           << printable(path.empty() ? "the samples of " + result.name +
@@ -152,27 +150,6 @@ class FanTestRunner {
                                     : "The samples of " + result.name + " are in " + path)
           << std::endl;
     }
-  }
-
-  /// Where the samples are; "" when they could not be written.
-  std::string savedTo(const QXFanTest& test, const FanSeen& seen, const std::string& user) const {
-    std::string content;
-    std::vector<Value> lines{csvHeader()};
-    lines.insert(lines.end(), seen.csvLines.begin(), seen.csvLines.end());
-    for (const Value& line : lines) {
-      content += std::string(line.textView()) + "\n";
-    }
-    const auto pathAt = [&](const platform::LocalTime& time) {
-      return csvPath(test.fanLocation(), facade_->machineModel(), user, time);
-    };
-    const std::string before = pathAt(platform::localTime());
-    test.saveFanAsCSV(*Array::make(lines), user);
-    for (const std::string& path : {before, pathAt(platform::localTime())}) {
-      if (fileBytes(path) == content) {  // the minute may have changed meanwhile
-        return path;
-      }
-    }
-    return "";
   }
 
   // ---- output --------------------------------------------------------------------------------

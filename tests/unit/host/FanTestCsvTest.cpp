@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
+#include "tests/unit/selftest/FanTests.h"
+
 namespace halvarin::test {
 namespace {
 
@@ -24,6 +28,23 @@ TEST(FanTestCsv, LineSaysWhereTheRunStoodAndWhatTheFanShowed) {
 
 TEST(FanTestCsv, WhatTheFanDoesNotShowIsEmpty) {
   EXPECT_EQ(host::csvLine({"init", 0, 0}, Dictionary()), "0,init,,,,,,");
+}
+
+class SavedCsv : public FanTestCase {};
+
+TEST_F(SavedCsv, IsFoundWhereTheLibraryWroteIt) {
+  startOn(fanMachine(FanStyle::modeKeys));
+  const std::string path = host::savedCsv(*testOf(1), "MacBookPro16,1", "me", {"a", "b"});
+  EXPECT_EQ(path.rfind(logs_.csvs() + "/fan1_MacBookPro16,1_me_", 0), 0U) << path;
+  EXPECT_EQ(fileBytes(path), host::csvHeader() + "\na\nb\n");
+}
+
+TEST_F(SavedCsv, HasNoPathWhenItCouldNotBeWritten) {
+  startOn(fanMachine(FanStyle::modeKeys));
+  EXPECT_EQ(host::savedCsv(*testOf(1), "MacBookPro16,1", "a/b", {"a"}), "");
+  std::filesystem::create_directories(logs_.logs());
+  std::ofstream(logs_.csvs()) << "a file in the folder's place";
+  EXPECT_EQ(host::savedCsv(*testOf(1), "MacBookPro16,1", "me", {"a"}), "");
 }
 
 }  // namespace
