@@ -114,7 +114,7 @@ class FanTestRunner {
     FanSeen seen;
   };
 
-  std::vector<Result> results() const {
+  [[nodiscard]] std::vector<Result> results() const {
     std::vector<Result> all;
     const ArrayRef entries = results_->get("fanTestResults").array();
     for (std::size_t i = 0; i < fans_.size(); ++i) {
@@ -170,7 +170,7 @@ class FanTestRunner {
               << (fans_.empty() ? ": nothing was tested" : "") << "\n";
   }
 
-  Json json() const {
+  [[nodiscard]] Json json() const {
     Json entries = Json::array();
     for (const Result& result : results()) {
       Json entry{{"index", result.index}, {"location", result.location}, {"status", result.status}};
@@ -185,7 +185,7 @@ class FanTestRunner {
             {"fanTestResults", std::move(entries)}};
   }
 
-  Table table() const {
+  [[nodiscard]] Table table() const {
     Table table({{"Fan"}, {"Lowest", Align::right}, {"Highest", Align::right}, {"Verdict"}});
     for (const Result& result : results()) {
       const auto speed = [](const std::optional<double>& rpm) {
