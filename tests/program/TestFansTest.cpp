@@ -8,10 +8,10 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <set>
-#include <sstream>
 
 #include "base/FileBytes.h"
 #include "tests/support/FanMachines.h"
+#include "tests/support/ProgramJournal.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/RunningProgram.h"
 #include "tests/support/ServedMachine.h"
@@ -29,29 +29,6 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 using Words = std::vector<std::string>;
-
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) {
-    lines.push_back(line);
-  }
-  return lines;
-}
-
-/// The writes in the journal of a program, as "F0Tg 5DC0".
-std::vector<std::string> writesIn(const std::string& journal) {
-  std::vector<std::string> writes;
-  for (const std::string& line : linesOf(fileBytes(journal).value_or(""))) {
-    const std::size_t key = line.find(" write ");
-    const std::size_t bytes = line.find(" bytes ");
-    if (key != std::string::npos && bytes != std::string::npos) {
-      writes.push_back(line.substr(key + 7, 4) +
-                       line.substr(bytes + 6, line.find(" -> ") - bytes - 6));
-    }
-  }
-  return writes;
-}
 
 /// `test fans` with its logs in a folder of the test's own.
 class TestFans : public testing::Test {
