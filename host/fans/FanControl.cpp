@@ -113,6 +113,12 @@ bool hasTestFlag() {
   return readKey(fan::kTestFlagKey) != nullptr;
 }
 
+bool testFlagMayBeOn() {
+  const DictionaryRef flag = readKey(fan::kTestFlagKey);
+  return flag && (flag->get(record::kError).intValue() != 0 ||
+                  flag->get(record::kValue).unsignedIntValue() != 0);
+}
+
 std::optional<std::int32_t> fanCommandStatus(std::uint32_t fan) {
   if (const auto status = fanCountStatus()) {
     return status;

@@ -29,6 +29,9 @@ void endFanUse(QXHalvarin& facade);
 /// Whether the machine wants its test flag on before a fan is forced.
 [[nodiscard]] bool hasTestFlag();
 
+/// Whether the test flag is on, or may be for all that can be read.
+[[nodiscard]] bool testFlagMayBeOn();
+
 /// Why a command did not work: the status of the platform for one of the keys that it writes, found
 /// by writing what the key holds already. Absent when nothing stands in the way any more.
 [[nodiscard]] std::optional<std::int32_t> fanCommandStatus(std::uint32_t fan);

@@ -24,12 +24,20 @@ DictionaryRef keyRecord(std::string_view key) {
   return table ? table->get(key).dictionary() : nullptr;
 }
 
-ForcedBy forcedBy(std::uint32_t fan) {
-  if (keyRecord(fan::key(fan, fan::kModeSuffix)) ||
-      keyRecord(fan::key(fan, fan::kLowerModeSuffix))) {
-    return ForcedBy::modeKey;
+/// The key that says whether a fan is forced.
+struct ControlKey {
+  ForcedBy kind = ForcedBy::nothing;
+  DictionaryRef record;  // null for nothing
+};
+
+ControlKey controlKey(std::uint32_t fan) {
+  for (const std::string_view suffix : {fan::kModeSuffix, fan::kLowerModeSuffix}) {
+    if (const DictionaryRef mode = keyRecord(fan::key(fan, suffix))) {
+      return {ForcedBy::modeKey, mode};
+    }
   }
-  return keyRecord(fan::kForceBitsKey) ? ForcedBy::forceBits : ForcedBy::nothing;
+  const DictionaryRef bits = keyRecord(fan::kForceBitsKey);
+  return {bits ? ForcedBy::forceBits : ForcedBy::nothing, bits};
 }
 
 bool hasForceBit(std::uint32_t fan) {
@@ -64,7 +72,9 @@ FanView fanView(const Dictionary& fan) {
       view.rangeStatus = limit->get(record::kError).intValue();
     }
   }
-  view.forcedBy = forcedBy(view.index);
+  const ControlKey control = controlKey(view.index);
+  view.forcedBy = control.kind;
+  view.controlStatus = control.record ? control.record->get(record::kError).intValue() : 0;
   view.mode = view.forcedBy == ForcedBy::forceBits
                   ? static_cast<std::int32_t>(hasForceBit(view.index))
                   : fan.get(fan::kMode).intValue();

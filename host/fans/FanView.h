@@ -26,6 +26,7 @@ struct FanView {
   ForcedBy forcedBy = ForcedBy::nothing;
   std::int32_t mode = 0;  // of the mode key; on machines with force bits the fan's bit
   bool isForced = false;
+  std::int32_t controlStatus = 0;  // why nobody can say who controls it, 0 when they can
   std::string control;  // "automatic", "forced", or a mode of the machine's own, "mode 3"
 };
 

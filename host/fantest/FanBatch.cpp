@@ -153,7 +153,8 @@ std::vector<std::uint32_t> FanBatch::stillForced() {
   const FansView view = readFansView(*facade_);
   std::vector<std::uint32_t> forced;
   for (const FanTestWatch::Fan& fan : fans_) {
-    if (fan.index >= view.fans.size() || view.fans[fan.index].isForced) {
+    if (fan.index >= view.fans.size() || view.fans[fan.index].isForced ||
+        view.fans[fan.index].controlStatus != 0) {
       forced.push_back(fan.index);
     }
   }
@@ -164,17 +165,24 @@ std::vector<std::uint32_t> FanBatch::stillForced() {
 /// cannot do is left to the guardian.
 void FanBatch::release() {
   manager_->reInitFanTests();
-  const std::vector<std::uint32_t> forced = stillForced();
-  if (!forced.empty() && !handBackFans(*facade_, {forced, hasTestFlag()})) {
-    const auto status = fanCommandStatus(forced.front());
-    throw ExitError(status ? exitFor(*status) : Exit::ownFailure,
-                    "fan " + std::to_string(forced.front()) + " could not be handed back" +
-                        (status ? " " + statusText(*status) : ""));
+  const GuardedFans left{stillForced(), testFlagMayBeOn()};
+  if ((!left.fans.empty() || left.testFlag) && !handBackFans(*facade_, left)) {
+    refuseRelease();
   }
   if (guard_) {
     guard_->forget();
   }
   endFanUse(*facade_);
+}
+
+void FanBatch::refuseRelease() {
+  const std::vector<std::uint32_t> forced = stillForced();
+  const auto status = fanCommandStatus(forced.empty() ? 0 : forced.front());
+  throw ExitError(
+      status ? exitFor(*status) : Exit::ownFailure,
+      (forced.empty() ? "the fans' test flag could not be switched off"
+                      : "fan " + std::to_string(forced.front()) + " could not be handed back") +
+          (status ? " " + statusText(*status) : ""));
 }
 
 }  // namespace halvarin::host

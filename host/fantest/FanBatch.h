@@ -47,6 +47,7 @@ class FanBatch {
   void lookWhetherFansAreRead(const FanTestWatch& watch);
   void lookWhetherFansObey();
   void release();
+  [[noreturn]] void refuseRelease();
   [[nodiscard]] std::vector<std::uint32_t> stillForced();
 
   const Options& options_;

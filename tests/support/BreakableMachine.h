@@ -3,17 +3,17 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "base/Mutex.h"
 #include "platform/machine/Machine.h"
 
 namespace halvarin::test {
 
-/// Another machine, whose transfers of a key can be made to fail for a while.
+/// Another machine, whose transfers of some keys can be made to fail for a while.
 class BreakableMachine : public platform::Machine {
  public:
   explicit BreakableMachine(std::shared_ptr<platform::Machine> behind)
@@ -22,11 +22,11 @@ class BreakableMachine : public platform::Machine {
   /// From now on this command (5 reads, 6 writes) fails for the key.
   void breakKey(std::string_view key, std::uint8_t command, platform::MachineStatus status) {
     const MutexLock lock(mutex_);
-    broken_ = {std::string(key.rbegin(), key.rend()), command, status};
+    broken_.push_back({std::string(key.rbegin(), key.rend()), command, status});
   }
   void mend() {
     const MutexLock lock(mutex_);
-    broken_.reset();
+    broken_.clear();
   }
 
   [[nodiscard]] bool hasService(std::string_view serviceClass) override {
@@ -43,9 +43,12 @@ class BreakableMachine : public platform::Machine {
     constexpr std::size_t kCommandPlace = 42;
     {
       const MutexLock lock(mutex_);
-      if (broken_ && request.size() > kCommandPlace && request[kCommandPlace] == broken_->command &&
-          std::equal(broken_->code.begin(), broken_->code.end(), request.begin())) {
-        return broken_->status;
+      const auto broken = std::find_if(broken_.begin(), broken_.end(), [&](const Broken& each) {
+        return request.size() > kCommandPlace && request[kCommandPlace] == each.command &&
+               std::equal(each.code.begin(), each.code.end(), request.begin());
+      });
+      if (broken != broken_.end()) {
+        return broken->status;
       }
     }
     return behind_->call(connection, selector, request, reply, replySize);
@@ -65,7 +68,7 @@ class BreakableMachine : public platform::Machine {
 
   const std::shared_ptr<platform::Machine> behind_;
   Mutex mutex_;
-  std::optional<Broken> broken_ HALVARIN_GUARDED_BY(mutex_);
+  std::vector<Broken> broken_ HALVARIN_GUARDED_BY(mutex_);
 };
 
 }  // namespace halvarin::test

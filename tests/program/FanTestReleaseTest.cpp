@@ -1,0 +1,90 @@
+// How the fan self-test lets go of the fans of a machine that does not do what it is told.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <vector>
+
+#include "tests/support/FanMachines.h"
+#include "tests/support/ProgramRun.h"
+#include "tests/support/RunningProgram.h"
+#include "tests/support/ServedMachine.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Until.h"
+
+namespace halvarin::test {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+
+constexpr auto kMost = 30s;  // until a program on a busy computer has come so far
+constexpr auto kHandBackLimit = 2s;
+constexpr std::uint8_t kRead = 5;
+constexpr std::uint8_t kWrite = 6;
+constexpr auto kBusy = static_cast<platform::MachineStatus>(0xE00002D5);
+
+/// `test fans` with its logs in a folder of the test's own.
+class TestedFans : public testing::Test {
+ protected:
+  void SetUp() override { setenv("HALVARIN_TEST_LOG_ROOT", logs_.path().c_str(), 1); }
+
+  const TemporaryFolder logs_;
+};
+
+TEST_F(TestedFans, TestFlagThatCouldNotBeSwitchedOffIsLeftToTheGuardian) {
+  ServedMachine machine(fanMachine(FanStyle::testFlag));
+  RunningProgram program(HALVARIN_ROOTED, machine.words({"test", "fans"}));
+  ASSERT_TRUE(program.waitForOutput("rah_max", kMost));
+  machine.breakable().breakKey("Ftst", kWrite, kBusy);
+  program.signal(SIGINT);
+  const auto run = program.waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->exit, 6) << run->out << run->err;
+  EXPECT_THAT(run->err, HasSubstr("the fans' test flag could not be switched off"));
+  machine.breakable().mend();
+  EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return machine.number("Ftst", 1) == 0; }));
+}
+
+TEST_F(TestedFans, FanWhoseControlCannotBeReadIsNotTakenForHandedBack) {
+  for (const FanStyle style : {FanStyle::forceBits, FanStyle::modeKeys}) {
+    const std::string key = style == FanStyle::forceBits ? "FS! " : "F0Md";
+    const std::uint8_t size = style == FanStyle::forceBits ? 2 : 1;
+    ServedMachine machine(fanMachine(style));
+    RunningProgram program(HALVARIN_ROOTED, machine.words({"test", "fans", "--fan", "0"}));
+    ASSERT_TRUE(program.waitForOutput("rah_max", kMost));
+    machine.breakable().breakKey(key, kRead, kBusy);
+    machine.breakable().breakKey(key, kWrite, kBusy);
+    program.signal(SIGINT);
+    const auto run = program.waitForEnd(kMost);
+    ASSERT_TRUE(run);
+    EXPECT_EQ(run->exit, 6) << run->out << run->err;
+    EXPECT_THAT(run->err, HasSubstr("fan 0 could not be handed back"));
+    EXPECT_NE(machine.number(key, size), 0U) << key;
+    machine.breakable().mend();
+    EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return machine.number(key, size) == 0; })) << key;
+  }
+}
+
+TEST_F(TestedFans, AreHandedBackThoughTheirNumberCannotBeRead) {
+  for (const FanStyle style : {FanStyle::forceBits, FanStyle::modeKeys, FanStyle::testFlag}) {
+    ServedMachine machine(fanMachine(style));
+    RunningProgram program(HALVARIN_ROOTED, machine.words({"test", "fans"}));
+    ASSERT_TRUE(program.waitForOutput("rah_max", kMost));
+    machine.breakable().breakKey("FNum", kRead, kBusy);
+    program.signal(SIGINT);
+    const auto run = program.waitForEnd(kMost);
+    ASSERT_TRUE(run);
+    EXPECT_EQ(run->exit, 4) << run->err;
+    EXPECT_EQ(machine.number("FS! ", 2), 0U);
+    EXPECT_EQ(machine.number("F0Md", 1) + machine.number("F1md", 1), 0U);
+    EXPECT_EQ(machine.number("Ftst", 1), 0U);
+  }
+}
+
+}  // namespace
+}  // namespace halvarin::test
