@@ -45,6 +45,7 @@ Fans selectFans(const Options& options, QXHalvarin& facade) {
     }
   }
   const auto tests = QXFanTestManager::sharedFTM()->fanTests();
+  requireFanCount();  // the tests come of a reading of their own
   Fans fans;
   for (std::size_t i = 0; i < std::min(tests.size(), view.fans.size()); ++i) {
     const bool isWanted = std::find(wanted.begin(), wanted.end(), i) != wanted.end();
