@@ -147,6 +147,9 @@ void checkWatch(const Options& options) {
 void checkTogether(const Options& options) {
   checkSimulation(options);
   checkWatch(options);
+  if (options.command == Command::testFans && options.clockFactor == 0) {
+    refuse("test fans waits for fans, and none turns with --clock 0");
+  }
   if (options.command == Command::fan) {
     checkFan(options);
   }

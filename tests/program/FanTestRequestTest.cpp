@@ -41,5 +41,12 @@ TEST_F(FanTestRequest, MachineThatGoesAwayBeforeTheTestIsNotPassed) {
   }
 }
 
+TEST_F(FanTestRequest, StoppedClockIsAUsageError) {
+  const ProgramRun result =
+      runProgram(HALVARIN_ROOTED, {"--machine", "simulated", "--clock", "0", "test", "fans"});
+  EXPECT_EQ(result.exit, 2) << result.out;
+  EXPECT_EQ(result.err, "halvarin: test fans waits for fans, and none turns with --clock 0\n");
+}
+
 }  // namespace
 }  // namespace halvarin::test
