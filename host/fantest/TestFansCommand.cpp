@@ -137,10 +137,11 @@ class FanTestRunner {
     for (const Result& result : results()) {
       // Two fans of one name would share one file, and the later would replace the earlier.
       std::string user = *options_.csvUser;
-      if (std::find(taken.begin(), taken.end(), result.location) != taken.end()) {
+      const std::string file = csvPath(result.location, facade_->machineModel(), user, {});
+      if (std::find(taken.begin(), taken.end(), file) != taken.end()) {
         user += "-fan" + std::to_string(result.index);
       }
-      taken.push_back(result.location);
+      taken.push_back(file);
       const auto test = result.index < tests.size() ? tests[result.index] : nullptr;
       const std::string path =
           test ? savedCsv(*test, facade_->machineModel(), user, result.seen.csvLines) : "";
