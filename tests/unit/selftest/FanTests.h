@@ -75,15 +75,14 @@ class FanTestCase : public testing::Test {
   }
   [[nodiscard]] std::vector<std::string> writes() const { return writtenKeys(installed_.journal); }
 
-  /// The lines of the log, without their times; none while there is no log.
+  /// The lines of the log, without their times; none while there is no log, and none that is just
+  /// being written.
   [[nodiscard]] std::vector<std::string> logged(const std::string& name = "fantest") const {
     constexpr std::size_t kStamp = 25;
     std::vector<std::string> lines;
     std::istringstream log(logs_.log(name));
-    for (std::string line; std::getline(log, line);) {
-      if (line.size() >= kStamp) {
-        lines.push_back(line.substr(kStamp));
-      }
+    for (std::string line; std::getline(log, line) && !log.eof();) {
+      lines.push_back(line.substr(kStamp));
     }
     return lines;
   }
