@@ -54,6 +54,8 @@ Fans selectFans(const Options& options, QXHalvarin& facade) {
     }
     if (tests[i]->selected()) {
       fans.push_back({view.fans[i].index, fanName(view.fans[i]), tests[i]});
+    } else if (isWanted) {
+      std::cerr << "halvarin: fan " << i << " is not tested: only fans 0 to 14 can be\n";
     }
   }
   return fans;

@@ -77,5 +77,12 @@ TEST_F(FanTestRequest, FansWhoseNamesDifferInCaseOnlyKeepTheirSamples) {
   EXPECT_EQ(std::distance(begin(files), end(files)), 2) << result.out;
 }
 
+TEST_F(FanTestRequest, FanThatCannotBeTestedIsSaidAndTheOthersAreTested) {
+  const ProgramRun result = run("file:" + fanFile("11"), {"--fan", "1", "--fan", "16"});
+  EXPECT_EQ(result.exit, 0) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("Passed, 1 fan\n"));
+  EXPECT_THAT(result.err, HasSubstr("halvarin: fan 16 is not tested: only fans 0 to 14 can be\n"));
+}
+
 }  // namespace
 }  // namespace halvarin::test
