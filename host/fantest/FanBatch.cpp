@@ -50,6 +50,9 @@ DictionaryRef FanBatch::run(const std::shared_ptr<FanTestWatch>& watch,
     if (trouble_.exit == Exit::fine) {
       throw;  // else what ended the test is what stands in the way of the hand-back, too
     }
+    if (guard_ && trouble_.exit == Exit::notPermitted) {
+      guard_->forget();  // the system stops such writes before they reach the machine
+    }
   }
   if (trouble_.exit != Exit::fine) {
     throw ExitError(trouble_.exit, trouble_.line);
@@ -138,7 +141,7 @@ void FanBatch::lookWhetherFansObey() {
       continue;
     }
     isObedienceKnown_ = true;
-    const bool isRefused = stillForced().empty() && isCommanding(*test);
+    const bool isRefused = !isAnyForced() && isCommanding(*test);
     const auto status = isRefused ? fanCommandStatus(fan.index) : std::nullopt;
     if (status && exitFor(*status) == Exit::notPermitted) {
       trouble_ = {Exit::notPermitted, fan.name + " could not be forced " + statusText(*status) +
@@ -146,6 +149,14 @@ void FanBatch::lookWhetherFansObey() {
     }
     return;
   }
+}
+
+/// Whether one of the fans is seen forced, or none is seen at all.
+bool FanBatch::isAnyForced() {
+  const FansView view = readFansView(*facade_);
+  return std::any_of(fans_.begin(), fans_.end(), [&view](const FanTestWatch::Fan& fan) {
+    return fan.index >= view.fans.size() || view.fans[fan.index].isForced;
+  });
 }
 
 /// Those of the fans that are forced now, or may be for all that can be read.

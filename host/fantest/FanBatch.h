@@ -48,6 +48,7 @@ class FanBatch {
   void lookWhetherFansObey();
   void release();
   [[noreturn]] void refuseRelease();
+  [[nodiscard]] bool isAnyForced();
   [[nodiscard]] std::vector<std::uint32_t> stillForced();
 
   const Options& options_;

@@ -86,5 +86,17 @@ TEST_F(TestedFans, AreHandedBackThoughTheirNumberCannotBeRead) {
   }
 }
 
+TEST_F(TestedFans, UserWhoMayNeitherReadNorWriteTheModeIsToldSoAndLeavesNoGuardian) {
+  constexpr auto kNotPermitted = static_cast<platform::MachineStatus>(0xE00002C1);
+  ServedMachine machine(fanMachine(FanStyle::modeKeys));
+  machine.breakable().breakKey("F0Md", kRead, kNotPermitted);
+  machine.breakable().breakKey("F0Md", kWrite, kNotPermitted);
+  const ProgramRun run = runProgram(HALVARIN_ROOTED, machine.words({"test", "fans", "--fan", "0"}));
+  EXPECT_EQ(run.exit, 5) << run.out << run.err;
+  EXPECT_THAT(run.err, HasSubstr("not permitted; run it as root"));
+  const std::size_t before = machine.readCount("FNum");
+  EXPECT_FALSE(becomesTrue(kHandBackLimit, [&] { return machine.readCount("FNum") > before; }));
+}
+
 }  // namespace
 }  // namespace halvarin::test
