@@ -64,9 +64,9 @@ int main(int argumentCount, char** arguments) {
   Exit exit = runReported(argumentCount, arguments);
   std::cout.flush();
   // A shortened list or dump must not look like a whole one.
-  if (!std::cout && exit == Exit::fine) {
+  if (!std::cout) {
     std::cerr << "halvarin: the output could not be written\n";
-    exit = Exit::ownFailure;
+    exit = exit == Exit::fine ? Exit::ownFailure : exit;
   }
   return static_cast<int>(exit);
 }

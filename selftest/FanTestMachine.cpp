@@ -155,7 +155,7 @@ DictionaryRef recordOf(const FanTestRun& run, const FanReading& reading) {
   const auto before = static_cast<std::int32_t>(run.previousState);
   return std::make_shared<Dictionary>(
       Dictionary::Entries{{"sample", run.sample},
-                          {"state", number},
+                          {"state", static_cast<std::uint32_t>(run.state)},
                           {"dstate", std::abs(number - before)},
                           {"mode", static_cast<std::uint32_t>(reading.mode)},
                           {"target", reading.targetRpm},

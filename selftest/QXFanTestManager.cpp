@@ -104,9 +104,12 @@ void QXFanTestManager::start(const std::shared_ptr<QXFanTest>& test,
 
 void QXFanTestManager::endBatch() {
   doneTesting_ = true;
-  for (const auto& test : fanTests()) {
-    test->setEnabled(true);
-  }
+  // In place: a copy would keep tests alive that the host, once they are enabled, drops.
+  fanTests_.update([](const Tests& tests) {
+    for (const auto& test : tests) {
+      test->setEnabled(true);
+    }
+  });
   loadCores(false);
 }
 

@@ -34,8 +34,8 @@ FanBatch::FanBatch(const Options& options, std::shared_ptr<QXHalvarin> facade,
       manager_(QXFanTestManager::sharedFTM()),
       fans_(std::move(fans)) {}
 
-DictionaryRef FanBatch::run(const std::shared_ptr<FanTestWatch>& watch,
-                            const std::function<void(const FanTestWatch& watch)>& show) {
+FanBatchEnd FanBatch::run(const std::shared_ptr<FanTestWatch>& watch,
+                          const std::function<void(const FanTestWatch& watch)>& show) {
   guardFans();
   manager_->setDelegate(watch);
   starter_.async([this] {
@@ -43,21 +43,15 @@ DictionaryRef FanBatch::run(const std::shared_ptr<FanTestWatch>& watch,
     isStarted_ = true;
   });
   attend(*watch, show);
-  auto results = manager_->fanTestResults();
-  try {
-    release();
-  } catch (const ExitError&) {
-    if (trouble_.exit == Exit::fine) {
-      throw;  // else what ended the test is what stands in the way of the hand-back, too
-    }
-    if (guard_ && trouble_.exit == Exit::notPermitted) {
-      guard_->forget();  // the system stops such writes before they reach the machine
-    }
+  FanBatchEnd end{manager_->fanTestResults(), release()};
+  if (trouble_.exit == Exit::notPermitted && guard_) {
+    guard_->forget();  // the system stops such writes before they reach the machine
   }
   if (trouble_.exit != Exit::fine) {
+    // What ended the test is what stands in the way of the hand-back, too.
     throw ExitError(trouble_.exit, trouble_.line);
   }
-  return results;
+  return end;
 }
 
 void FanBatch::askForEnd() {
@@ -174,26 +168,28 @@ std::vector<std::uint32_t> FanBatch::stillForced() {
 
 /// Dropping the tests hands their fans back; what that could not do is done here, and what this
 /// cannot do is left to the guardian.
-void FanBatch::release() {
+std::optional<ExitError> FanBatch::release() {
   manager_->reInitFanTests();
   const GuardedFans left{stillForced(), testFlagMayBeOn()};
   if ((!left.fans.empty() || left.testFlag) && !handBackFans(*facade_, left)) {
-    refuseRelease();
+    return whyUnreleased();
   }
   if (guard_) {
     guard_->forget();
   }
   endFanUse(*facade_);
+  return std::nullopt;
 }
 
-void FanBatch::refuseRelease() {
+ExitError FanBatch::whyUnreleased() {
   const std::vector<std::uint32_t> forced = stillForced();
   const auto status = fanCommandStatus(forced.empty() ? 0 : forced.front());
-  throw ExitError(
-      status ? exitFor(*status) : Exit::ownFailure,
-      (forced.empty() ? "the fans' test flag could not be switched off"
-                      : "fan " + std::to_string(forced.front()) + " could not be handed back") +
-          (status ? " " + statusText(*status) : ""));
+  std::string line = forced.empty()
+                         ? "the fans' test flag could not be switched off"
+                         : "fan " + std::to_string(forced.front()) + " could not be handed back";
+  line += status ? " " + statusText(*status) : "";
+  line += guard_ ? "; the guardian goes on trying for five minutes" : "";
+  return {status ? exitFor(*status) : Exit::ownFailure, line};
 }
 
 }  // namespace halvarin::host

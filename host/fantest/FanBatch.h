@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,12 @@
 
 namespace halvarin::host {
 
+/// How a batch ended.
+struct FanBatchEnd {
+  DictionaryRef results;                // the manager's
+  std::optional<ExitError> unreleased;  // why a fan or the test flag could not be handed back
+};
+
 /// Runs the fan self-test of some fans for the program: answers for their release, notices what
 /// makes the test senseless, and ends it when it is asked to.
 class FanBatch {
@@ -24,11 +32,12 @@ class FanBatch {
   FanBatch(const Options& options, std::shared_ptr<QXHalvarin> facade,
            std::vector<FanTestWatch::Fan> fans);
 
-  /// The whole test, on the calling thread; `show` gets the watch four times a second of the
-  /// machine's time. Returns the manager's results, when all fans are under automatic control
-  /// again. Throws ExitError when the fans could not be tested or handed back.
-  [[nodiscard]] DictionaryRef run(const std::shared_ptr<FanTestWatch>& watch,
-                                  const std::function<void(const FanTestWatch& watch)>& show);
+  /// The whole test with the hand-back of all fans, on the calling thread; `show` gets the watch
+  /// four times a second of the machine's time. What could not be handed back is the guardian's
+  /// until the end of this object, which waits for it. Throws ExitError when the fans could not be
+  /// tested.
+  [[nodiscard]] FanBatchEnd run(const std::shared_ptr<FanTestWatch>& watch,
+                                const std::function<void(const FanTestWatch& watch)>& show);
 
   /// Ends the test soon. Any thread.
   void askForEnd();
@@ -46,8 +55,8 @@ class FanBatch {
   void lookForTrouble(const FanTestWatch& watch);
   void lookWhetherFansAreRead(const FanTestWatch& watch);
   void lookWhetherFansObey();
-  void release();
-  [[noreturn]] void refuseRelease();
+  [[nodiscard]] std::optional<ExitError> release();
+  [[nodiscard]] ExitError whyUnreleased();
   [[nodiscard]] bool isAnyForced();
   [[nodiscard]] std::vector<std::uint32_t> stillForced();
 

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -54,6 +55,10 @@ Fans selectFans(const Options& options, QXHalvarin& facade) {
     }
     if (tests[i]->selected()) {
       fans.push_back({view.fans[i].index, fanName(view.fans[i]), tests[i]});
+      if (view.fans[i].isForced) {
+        std::cerr << "halvarin: " << fanName(view.fans[i])
+                  << " is forced already; the test takes it over and hands it back\n";
+      }
     } else if (isWanted) {
       std::cerr << "halvarin: fan " << i << " is not tested: only fans 0 to 14 can be\n";
     }
@@ -86,6 +91,10 @@ class FanTestRunner {
       saveSamples();
     }
     print();
+    if (unreleased_) {
+      std::cout << std::flush;  // the guardian may be waited for
+      throw ExitError(*unreleased_);
+    }
     return exitForTest(results_->get("status").textView());
   }
 
@@ -97,15 +106,17 @@ class FanTestRunner {
         std::cerr << "halvarin: " + line + "\n";
       }
     });
-    FanBatch batch(options_, facade_, fans_);
-    const EndSignals signals([&batch] { batch.askForEnd(); });
+    batch_ = std::make_unique<FanBatch>(options_, facade_, fans_);
+    const EndSignals signals([this] { batch_->askForEnd(); });
     std::signal(SIGTSTP, SIG_IGN);  // a suspended program could not hand its fans back
     Screen screen;
-    results_ = batch.run(watch_, [&screen, isDrawn](const FanTestWatch& watch) {
+    auto [results, unreleased] = batch_->run(watch_, [&screen, isDrawn](const FanTestWatch& watch) {
       if (isDrawn) {
         screen.show(progressFrame(watch.views()));
       }
     });
+    results_ = std::move(results);
+    unreleased_ = std::move(unreleased);
   }
 
   /// The results' entries with what the program knows beside them.
@@ -147,12 +158,13 @@ class FanTestRunner {
       const auto test = result.index < tests.size() ? tests[result.index] : nullptr;
       const std::string path =
           test ? savedCsv(*test, facade_->machineModel(), user, result.seen.csvLines) : "";
-      (options_.json ? std::cerr : std::cout)
-          << (options_.json ? "halvarin: " : "")
-          << printable(path.empty() ? "the samples of " + result.name +
-                                          " could not be written to " + std::string(kFanCsvFolder)
-                                    : "The samples of " + result.name + " are in " + path)
-          << std::endl;
+      if (path.empty()) {
+        std::cerr << printable("halvarin: the samples of " + result.name +
+                               " could not be written to " + std::string(kFanCsvFolder) + "\n");
+      } else {
+        (options_.json ? std::cerr : std::cout)
+            << printable("The samples of " + result.name + " are in " + path) << std::endl;
+      }
     }
   }
 
@@ -210,6 +222,8 @@ class FanTestRunner {
   const bool isDrawn_;
   std::shared_ptr<FanTestWatch> watch_;  // null without a fan to test
   DictionaryRef results_;
+  std::optional<ExitError> unreleased_;
+  std::unique_ptr<FanBatch> batch_;  // null without a fan to test; to the end: its guardian
 };
 
 }  // namespace

@@ -64,6 +64,7 @@ TEST_F(TestedFans, FanWhoseControlCannotBeReadIsNotTakenForHandedBack) {
     ASSERT_TRUE(run);
     EXPECT_EQ(run->exit, 6) << run->out << run->err;
     EXPECT_THAT(run->err, HasSubstr("fan 0 could not be handed back"));
+    EXPECT_THAT(run->out, HasSubstr("Fan self-test: Canceled"));
     EXPECT_NE(machine.number(key, size), 0U) << key;
     machine.breakable().mend();
     EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return machine.number(key, size) == 0; })) << key;

@@ -21,11 +21,13 @@ namespace halvarin::test {
 /// A simulated machine that runs in the test and outlives every program that it is served to.
 class ServedMachine {
  public:
-  /// Its time runs that much faster; programs are told so by `words`.
   static constexpr int kFactor = 20;
 
-  explicit ServedMachine(platform::RecordedMachine recorded, platform::Simulation simulation = {}) {
-    simulation.clock = std::make_shared<platform::ScaledClock>(kFactor);
+  /// Its time runs that much faster; programs are told so by `words`.
+  explicit ServedMachine(platform::RecordedMachine recorded, platform::Simulation simulation = {},
+                         int factor = kFactor)
+      : factor_(factor) {
+    simulation.clock = std::make_shared<platform::ScaledClock>(factor);
     simulation.journal = [this](std::string_view line) {
       const MutexLock lock(mutex_);
       journal_.emplace_back(line);
@@ -43,7 +45,7 @@ class ServedMachine {
   /// The words of a command line that takes this machine.
   [[nodiscard]] std::vector<std::string> words(std::vector<std::string> command) const {
     std::vector<std::string> all{"--machine", "socket:" + folder_.path(), "--clock",
-                                 std::to_string(kFactor)};
+                                 std::to_string(factor_)};
     all.insert(all.end(), command.begin(), command.end());
     return all;
   }
@@ -99,6 +101,7 @@ class ServedMachine {
     return number;
   }
 
+  const int factor_;
   const SocketFolder folder_;
   Mutex mutex_;
   std::vector<std::string> journal_ HALVARIN_GUARDED_BY(mutex_);
