@@ -11,6 +11,8 @@
 
 #include "base/Exception.h"
 #include "selftest/QXFanTest.h"
+#include "tests/support/FileSizeLimit.h"
+#include "tests/support/WithoutRights.h"
 #include "tests/unit/selftest/FanTests.h"
 
 namespace halvarin::test {
@@ -337,12 +339,33 @@ TEST_F(FanTestRunOn, DeliberateCancelBeforeTheStartIsForgotten) {
 
 // ---- logs that cannot be written ---------------------------------------------------------------
 
-TEST_F(FanTestRunOn, VerdictStandsWhenTheLogCannotBeWritten) {
+TEST_F(FanTestRunOn, VerdictStandsWhenAFileIsInThePlaceOfTheLogFolder) {
   start(FanStyle::modeKeys);
   std::filesystem::create_directories(logs_.top() + "/Library/Logs");
-  std::ofstream(logs_.logs()) << "a file in the folder's place";
+  std::ofstream(logs_.logs()) << "a file";
   run();
   EXPECT_EQ(test_->status(), "Passed");
+}
+
+TEST_F(FanTestRunOn, VerdictStandsWithoutTheRightToWriteTheLog) {
+  start(FanStyle::modeKeys);
+  logs_.makeLogs();
+  {
+    const WithoutRights rights(logs_.logs());
+    run();
+  }
+  EXPECT_EQ(test_->status(), "Passed");
+  EXPECT_THAT(logged(), IsEmpty());
+}
+
+TEST_F(FanTestRunOn, VerdictStandsWhenTheDiskIsFull) {
+  start(FanStyle::modeKeys);
+  {
+    const FileSizeLimit full(0);
+    run();
+  }
+  EXPECT_EQ(test_->status(), "Passed");
+  EXPECT_THAT(logged(), IsEmpty());
 }
 
 TEST_F(FanTestRunOn, ObjectOfTheProgressLivesAsLongAsTheRun) {
