@@ -9,13 +9,18 @@
 
 namespace halvarin::host {
 
-std::shared_ptr<QXHalvarin> openFacade(const Options& options) {
-  chooseMachine(options);
+std::shared_ptr<QXHalvarin> openDatabase() {
   auto facade = QXHalvarin::sharedHalvarin();
   if (!facade) {
     throw ExitError(Exit::noMachine,
                     "the sensor database inside the library cannot be read; install it anew");
   }
+  return facade;
+}
+
+std::shared_ptr<QXHalvarin> openFacade(const Options& options) {
+  chooseMachine(options);
+  auto facade = openDatabase();
   if (!QXSMCInterface::sharedSMC()) {
     refuseWithoutController(options);
   }

@@ -7,6 +7,10 @@
 
 namespace halvarin::host {
 
+/// Starts the library for its database alone, on whatever machine there is. Throws ExitError when
+/// it cannot be read.
+[[nodiscard]] std::shared_ptr<QXHalvarin> openDatabase();
+
 /// Chooses the machine and starts the library on it. Throws ExitError when there is no controller
 /// or no sensor database. Says on standard error when the database does not know the model.
 [[nodiscard]] std::shared_ptr<QXHalvarin> openFacade(const Options& options);

@@ -4,10 +4,10 @@
 #include <string>
 
 #include "database/SensorDatabase.h"
+#include "host/Facade.h"
 #include "host/RecordJson.h"
 #include "host/Table.h"
 #include "host/Terminal.h"
-#include "sensors/QXHalvarin.h"
 
 namespace halvarin::host {
 
@@ -30,11 +30,7 @@ Model modelFrom(const Dictionary::Entry& entry) {
 }  // namespace
 
 Exit runModels(const Options& options) {
-  const auto facade = QXHalvarin::sharedHalvarin();
-  if (!facade) {
-    throw ExitError(Exit::noMachine,
-                    "the sensor database inside the library cannot be read; install it anew");
-  }
+  const auto facade = openDatabase();
   Table table({{"Model"}, {"Name"}, {"Chip"}, {"Sensors", Align::right}});
   Json list = Json::array();
   for (const Dictionary::Entry& entry : facade->mainSensorDict()->entries()) {

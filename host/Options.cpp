@@ -276,6 +276,9 @@ void addCommands(CLI::App& app, Options& options, RawOptions& raw) {
   auto* models = addCommand(app, options, Command::models, "models",
                             "the models that the sensor database knows");
   models->add_flag("--json", options.json, kJsonHelp);
+  auto* descriptors = addCommand(app, options, Command::descriptors, "descriptors",
+                                 "the names of all sensors that the database knows, by kind");
+  descriptors->add_flag("--json", options.json, kJsonHelp);
   addCommand(app, options, Command::guardian, kGuardianCommand, "")->group("");
 }
 
@@ -300,7 +303,7 @@ std::string whatThereIs(const CLI::App& app) {
     return "; the tests are: sensors, fans";
   }
   return app.get_subcommands().empty()
-             ? "; the commands are sensors, fans, fan, test, keys and models"
+             ? "; the commands are sensors, fans, fan, test, keys, models and descriptors"
              : "; see 'halvarin --help'";
 }
 

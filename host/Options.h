@@ -14,7 +14,18 @@ namespace halvarin::host {
 /// The guardian's command (host/fans/FanGuard.h); for the program itself, not for people.
 inline constexpr const char* kGuardianCommand = "hand-back-fans";
 
-enum class Command { overview, sensors, fans, fan, testSensors, testFans, keys, models, guardian };
+enum class Command {
+  overview,
+  sensors,
+  fans,
+  fan,
+  testSensors,
+  testFans,
+  keys,
+  models,
+  descriptors,
+  guardian
+};
 
 /// What the command line asks for, checked as far as that is possible without a machine.
 struct Options {

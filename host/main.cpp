@@ -1,6 +1,7 @@
 #include <exception>
 #include <iostream>
 
+#include "host/DescriptorsCommand.h"
 #include "host/Exit.h"
 #include "host/KeysCommand.h"
 #include "host/ModelsCommand.h"
@@ -40,6 +41,8 @@ Exit run(const Options& options) {
       return halvarin::host::runKeys(options);
     case Command::models:
       return halvarin::host::runModels(options);
+    case Command::descriptors:
+      return halvarin::host::runDescriptors(options);
   }
   return Exit::usage;
 }

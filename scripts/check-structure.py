@@ -42,6 +42,7 @@ TEST_FOLDERS = {
 # Sources that tests reach only through a whole program, and which test that is.
 TESTED_THROUGH_PROGRAM = {
     "database/packer/main.cpp": "tests/program/PackerTest.cpp",
+    "host/DescriptorsCommand.cpp": "tests/program/DescriptorsTest.cpp",
     "host/Facade.cpp": "tests/program/SensorsTest.cpp",
     "host/fans/FanCommand.cpp": "tests/program/FanTest.cpp",
     "host/fans/FansCommand.cpp": "tests/program/FansTest.cpp",

@@ -18,6 +18,7 @@
 #include "platform/Queue.h"
 #include "sensors/CategoryDescription.h"
 #include "sensors/CategoryReader.h"
+#include "sensors/DescriptorList.h"
 #include "sensors/FanCommands.h"
 #include "sensors/FanKey.h"
 #include "sensors/FanReadout.h"
@@ -114,6 +115,11 @@ std::int32_t QXHalvarin::numberLogicalCPUs() const {
   std::int32_t count = 0;
   std::size_t length = sizeof count;
   return sysctlbyname("hw.logicalcpu", &count, &length, nullptr, 0) == 0 ? count : 0;
+}
+
+DictionaryRef QXHalvarin::categorizedListOfDescriptors() const {
+  const DictionaryRef database = mainSensorDict();
+  return database ? categorizedDescriptors(*database) : Dictionary::make();
 }
 
 void QXHalvarin::requestSensorUpdate() {

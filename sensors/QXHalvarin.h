@@ -49,6 +49,11 @@ class HALVARIN_EXPORT QXHalvarin : public std::enable_shared_from_this<QXHalvari
   /// `ACpwr` says whether limits that hold on mains power only are applied.
   ArrayRef readSensorsOfType(std::optional<std::string_view> type, bool ACpwr);
 
+  /// The names of all sensors of all models of the sensor database, by the category that they are
+  /// shown in ("Temperature", "Motion", "Light"): a new dictionary of arrays of texts, each text
+  /// once, sorted for people. Empty without a database. Asks no controller.
+  [[nodiscard]] DictionaryRef categorizedListOfDescriptors() const;
+
   /// Starts `readSensors` on a new background thread and returns at once. Requests are not merged:
   /// each makes its own pass and its own notification, in the order in which the passes finish.
   void requestSensorUpdate();
