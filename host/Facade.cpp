@@ -1,10 +1,13 @@
 #include "host/Facade.h"
 
+#include <algorithm>
 #include <iostream>
 
+#include "base/Array.h"
 #include "host/Exit.h"
 #include "host/MachineChoice.h"
 #include "host/Terminal.h"
+#include "smc/KeyRecord.h"
 #include "smc/QXSMCInterface.h"
 
 namespace halvarin::host {
@@ -30,6 +33,16 @@ std::shared_ptr<QXHalvarin> openFacade(const Options& options) {
               << "\", so only its fans are listed; sensors --all-keys lists every key\n";
   }
   return facade;
+}
+
+void requireReadableKeys(const QXHalvarin& facade, const Options& options) {
+  const ArrayElements keys = facade.smcKeys()->elements();
+  const bool isAnyRead = std::any_of(keys.begin(), keys.end(), [](const Value& key) {
+    return key.dictionary()->get(record::kError).intValue() == 0;
+  });
+  if (!isAnyRead) {
+    refuseWithoutController(options);
+  }
 }
 
 }  // namespace halvarin::host

@@ -15,4 +15,8 @@ namespace halvarin::host {
 /// or no sensor database. Says on standard error when the database does not know the model.
 [[nodiscard]] std::shared_ptr<QXHalvarin> openFacade(const Options& options);
 
+/// Throws ExitError when no key of the controller could be read as the facade started: a self-test
+/// would pass for having nothing to test.
+void requireReadableKeys(const QXHalvarin& facade, const Options& options);
+
 }  // namespace halvarin::host

@@ -77,6 +77,7 @@ void printTest(const MachineHeading& heading, const TestRun& run) {
 
 Exit runTestSensors(const Options& options) {
   const std::shared_ptr<QXHalvarin> facade = openFacade(options);
+  requireReadableKeys(*facade, options);
   const MachineHeading heading = machineHeading(options, facade->machineModel());
   const TestRun run = runTest();
   if (options.json) {

@@ -37,6 +37,7 @@ using Fans = std::vector<FanTestWatch::Fan>;
 
 /// Selects the fans that the options ask for, all that may be tested without any.
 Fans selectFans(const Options& options, QXHalvarin& facade) {
+  requireReadableKeys(facade, options);
   const FansView view = readFansView(facade);
   requireFanCount();
   const auto& wanted = options.testedFans;

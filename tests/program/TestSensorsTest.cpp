@@ -88,5 +88,16 @@ TEST(TestSensors, OptionsOfTheMachineMayFollowTheCommand) {
   EXPECT_THAT(run.out, HasSubstr("error e00002c2"));
 }
 
+TEST(TestSensors, ControllerThatGoesAwayWhileItsKeysAreListedPassesNothing) {
+  for (const char* fault : {"vanish:1", "vanish:2", "vanish:300", "vanish:902"}) {
+    for (const char* test : {"sensors", "fans"}) {
+      const ProgramRun run =
+          runProgram(HALVARIN_ROOTED, {"--machine", "simulated", "--fault", fault, "test", test});
+      EXPECT_EQ(run.exit, 3) << fault << " " << test << " " << run.out;
+      EXPECT_THAT(run.err, HasSubstr("the machine's controller has gone away")) << fault;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace halvarin::test
