@@ -43,6 +43,8 @@ void parseLargePropertyListByLibraryAlone(benchmark::State& state) {
 }
 BENCHMARK(parseLargePropertyListByLibraryAlone)->Unit(benchmark::kMillisecond);
 
+/// One model of 176. Most of it is the allocator's, which puts the tidying of what a parse freed
+/// off to the next larger block: from 0.3 ms with none left over to 20 ms and more.
 void readOneModelOfLargePropertyList(benchmark::State& state) {
   DictionaryRef database;
   for (auto _ : state) {
