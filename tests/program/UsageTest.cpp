@@ -33,7 +33,9 @@ void expectRefused(const Refusal& row) {
 
 TEST(Usage, WrongCommandLinesAreRefusedWithOneLine) {
   const std::vector<Refusal> rows{
-      {"unknown command", {"sensor"}, "the commands are sensors, fans, fan, test, keys, models and descriptors"},
+      {"unknown command",
+       {"sensor"},
+       "the commands are sensors, fans, fan, test, keys, models and descriptors"},
       {"unknown option", {"sensors", "--fast"}, "--fast"},
       {"unknown category", {"sensors", "noise"}, "there are: temperature, voltage"},
       {"two commands", {"models", "sensors"}, "sensors"},
