@@ -9,16 +9,16 @@ namespace {
 
 TEST(TestLogPlace, FoldersLieAtTheTopUntilARootIsChosen) {
   EXPECT_EQ(pathOfTestFolder("/logs"), "/logs");
-  placeTestLogsUnder("/some/root");
-  EXPECT_EQ(pathOfTestFolder("/logs"), "/some/root/logs");
+  placeTestLogsUnder("/elsewhere");
+  EXPECT_EQ(pathOfTestFolder("/logs"), "/elsewhere/logs");
   placeTestLogsUnder("");
   EXPECT_EQ(pathOfTestFolder("/logs"), "/logs");
 }
 
 TEST(TestLogPlace, FilesLieInTheirFolder) {
-  placeTestLogsUnder("/some/root");
-  EXPECT_EQ(pathOfTestFile("/logs", "a b.log"), "/some/root/logs/a b.log");
-  EXPECT_EQ(pathOfTestFile("/logs", "...log"), "/some/root/logs/...log");
+  placeTestLogsUnder("/elsewhere");
+  EXPECT_EQ(pathOfTestFile("/logs", "a b.log"), "/elsewhere/logs/a b.log");
+  EXPECT_EQ(pathOfTestFile("/logs", "...log"), "/elsewhere/logs/...log");
 }
 
 TEST(TestLogPlace, NamesThatLeadElsewhereHaveNoPath) {

@@ -36,9 +36,9 @@ TEST(CsvPath, KeepsThePlaceOfTextsThatAreEmpty) {
 }
 
 TEST(CsvPath, LiesUnderTheRootOfTheTestLogs) {
-  placeTestLogsUnder("/some/root");
+  placeTestLogsUnder("/elsewhere");
   EXPECT_EQ(csvPath("main", "Lab1", "ann", kTime),
-            "/some/root/Library/Logs/QRB/fantest_csv/main_Lab1_ann_2403070805.csv");
+            "/elsewhere/Library/Logs/QRB/fantest_csv/main_Lab1_ann_2403070805.csv");
 }
 
 TEST(CsvPath, IsEmptyForTextsThatLeadElsewhere) {
