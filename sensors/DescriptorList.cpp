@@ -48,10 +48,10 @@ class Categories {
     const auto [type, description] =
         descriptor.getEach(std::array{database::kType, database::kDescription});
     const std::string_view text = trimmed(description.textView());
-    const std::string_view category = shownCategory(type.textView());
-    if (text.empty() || category.empty()) {
+    if (text.empty() || !type.isText()) {
       return;
     }
+    const std::string_view category = shownCategory(type.textView());
     const auto [found, isNew] = places_.try_emplace(std::string(category), sets_.size());
     if (isNew) {
       sets_.emplace_back(category, OrderedSet());

@@ -108,6 +108,10 @@ TEST(DescriptorList, DescriptorWithoutDescriptionOrTypeIsLeftOut) {
   EXPECT_EQ(listOf({{"Temperature", Value()}, {Value(), "CPU"}})->count(), 0U);
 }
 
+TEST(DescriptorList, EmptyTypeIsAKindOfItsOwn) {
+  EXPECT_THAT(textsIn(*listOf({{"", "CPU"}}), ""), ElementsAre("CPU"));
+}
+
 TEST(DescriptorList, TextsAreTrimmedOfBlanksAndTabsOnly) {
   EXPECT_THAT(sortedOf({"\t CPU \t", "Line\n"}), ElementsAre("CPU", "Line\n"));
 }
