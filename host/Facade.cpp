@@ -35,14 +35,16 @@ std::shared_ptr<QXHalvarin> openFacade(const Options& options) {
   return facade;
 }
 
-void requireReadableKeys(const QXHalvarin& facade, const Options& options) {
-  const ArrayElements keys = facade.smcKeys()->elements();
+std::shared_ptr<QXHalvarin> openFacadeForTest(const Options& options) {
+  auto facade = openFacade(options);
+  const ArrayElements keys = facade->smcKeys()->elements();
   const bool isAnyRead = std::any_of(keys.begin(), keys.end(), [](const Value& key) {
     return key.dictionary()->get(record::kError).intValue() == 0;
   });
   if (!isAnyRead) {
     refuseWithoutController(options);
   }
+  return facade;
 }
 
 }  // namespace halvarin::host

@@ -15,8 +15,8 @@ namespace halvarin::host {
 /// or no sensor database. Says on standard error when the database does not know the model.
 [[nodiscard]] std::shared_ptr<QXHalvarin> openFacade(const Options& options);
 
-/// Throws ExitError when no key of the controller could be read as the facade started: a self-test
-/// would pass for having nothing to test.
-void requireReadableKeys(const QXHalvarin& facade, const Options& options);
+/// The same for a self-test, which would pass for having nothing to test: throws ExitError also
+/// when no key of the controller could be read.
+[[nodiscard]] std::shared_ptr<QXHalvarin> openFacadeForTest(const Options& options);
 
 }  // namespace halvarin::host

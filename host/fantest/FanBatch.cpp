@@ -16,7 +16,7 @@ std::string statusText(std::int32_t status) {
   return "(status " + hexText(static_cast<std::uint32_t>(status)) + ")";
 }
 
-/// Whether a test is between its first commands and the hand-back.
+/// Whether a fan must show by now that it was forced, and was not told anything else yet.
 bool isCommanding(const QXFanTest& test) {
   constexpr std::int32_t kFewSamples = 4;
   const FanTestProgress progress = test.progress();

@@ -33,9 +33,9 @@ class FanBatch {
            std::vector<FanTestWatch::Fan> fans);
 
   /// The whole test with the hand-back of all fans, on the calling thread; `show` gets the watch
-  /// four times a second of the machine's time. What could not be handed back is the guardian's
-  /// until the end of this object, which waits for it. Throws ExitError when the fans could not be
-  /// tested.
+  /// four times a second of the machine's time. What could not be handed back is left to the
+  /// guardian, who has the last word when this object ends. Throws ExitError when the fans could
+  /// not be tested.
   [[nodiscard]] FanBatchEnd run(const std::shared_ptr<FanTestWatch>& watch,
                                 const std::function<void(const FanTestWatch& watch)>& show);
 
