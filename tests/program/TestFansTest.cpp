@@ -273,9 +273,7 @@ TEST_F(TestFans, FanThatSomebodyElseForcesIsTakenOverWithAWord) {
 
 TEST_F(TestFans, UserWithoutTheRightToCommandFansIsToldSo) {
   ServedMachine machine(fanMachine(FanStyle::modeKeys));
-  for (const char* key : {"F0Md"}) {
-    machine.breakable().breakKey(key, 6, static_cast<std::int32_t>(0xE00002C1));
-  }
+  machine.breakable().breakKey("F0Md", 6, static_cast<std::int32_t>(0xE00002C1));
   const ProgramRun result =
       runProgram(HALVARIN_ROOTED, machine.words({"test", "fans", "--fan", "0"}));
   EXPECT_EQ(result.exit, 5) << result.out << result.err;
