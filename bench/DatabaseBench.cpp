@@ -57,5 +57,27 @@ void readOneModelOfLargePropertyList(benchmark::State& state) {
 }
 BENCHMARK(readOneModelOfLargePropertyList)->Unit(benchmark::kMicrosecond);
 
+/// From the container's bytes to the sensors of one model: what a facade's making does before it
+/// asks the controller, against the number of models that the database has. `perModel` is the time
+/// over that number.
+void openDatabaseOfModels(benchmark::State& state) {
+  const Data container = containerOfModels(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    const auto list = QXEDManager().dataFromSerializedData(container);
+    const DictionaryRef database = platform::parsePropertyList(*list).dictionary();
+    const DictionaryRef model = database->get("Model7,1").dictionary();
+    benchmark::DoNotOptimize(model->get("Sensors").dictionary()->count());
+  }
+  state.counters["perModel"] = benchmark::Counter(
+      static_cast<double>(state.range(0)),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(openDatabaseOfModels)
+    ->Arg(10)
+    ->Arg(50)
+    ->Arg(176)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond);
+
 }  // namespace
 }  // namespace halvarin::bench

@@ -10,6 +10,7 @@ namespace halvarin::bench {
 
 namespace {
 
+// What gives a list of the largest size that a database of these machines has had.
 constexpr int kModels = 176;
 constexpr int kSensorsPerModel = 330;
 
@@ -23,11 +24,11 @@ DictionaryRef descriptor(int model, int sensor) {
   return entry;
 }
 
-Data makePropertyList() {
+Data makePropertyList(int models, int sensorsPerModel) {
   auto database = Dictionary::make();
-  for (int model = 0; model < kModels; ++model) {
+  for (int model = 0; model < models; ++model) {
     auto sensors = Dictionary::make();
-    for (int sensor = 0; sensor < kSensorsPerModel; ++sensor) {
+    for (int sensor = 0; sensor < sensorsPerModel; ++sensor) {
       sensors->set("T" + std::to_string(1000 + sensor).substr(1), descriptor(model, sensor));
     }
     auto entry = Dictionary::make();
@@ -37,24 +38,29 @@ Data makePropertyList() {
   return *platform::writePropertyList(database, platform::PropertyListFormat::binary);
 }
 
-Data makeContainer() {
+Data makeContainer(const Data& list) {
   const QXEDManager manager;
   const Data salt = manager.saltBlockData();
-  const auto inner = manager.enData(largePropertyList(),
-                                    manager.skFromData(manager.secKeyDataFromSaltBlockData(salt)));
+  const auto inner =
+      manager.enData(list, manager.skFromData(manager.secKeyDataFromSaltBlockData(salt)));
   return *manager.enData(Data(std::string(salt.view()) + std::string(inner->view())));
 }
 
 }  // namespace
 
 const Data& largePropertyList() {
-  static const Data list = makePropertyList();
+  static const Data list = makePropertyList(kModels, kSensorsPerModel);
   return list;
 }
 
 const Data& largeContainer() {
-  static const Data container = makeContainer();
+  static const Data container = makeContainer(largePropertyList());
   return container;
+}
+
+Data containerOfModels(int models) {
+  constexpr int kUsualSensors = 130;
+  return makeContainer(makePropertyList(models, kUsualSensors));
 }
 
 }  // namespace halvarin::bench

@@ -10,4 +10,7 @@ namespace halvarin::bench {
 /// The same in its enciphered container.
 [[nodiscard]] const Data& largeContainer();
 
+/// The container of a database of so many models with as many sensors as the usual model has.
+[[nodiscard]] Data containerOfModels(int models);
+
 }  // namespace halvarin::bench
