@@ -9,17 +9,14 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdlib>
-#include <fstream>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "base/FileBytes.h"
 #include "base/NumberText.h"
-#include "tests/generated/TestPaths.h"
+#include "tests/support/DocumentTables.h"
 #include "tests/unit/selftest/FanTests.h"
 
 namespace halvarin::test {
@@ -173,26 +170,6 @@ class FanFaultTable : public FanTestCase {
 
 // ---- the document ------------------------------------------------------------------------------
 
-std::string documentPath() {
-  return std::string(HALVARIN_SOURCE_DIR) + "/docs/fan-self-test.md";
-}
-
-/// Where the tables are in the document's text.
-struct Place {
-  std::size_t begin = 0;
-  std::size_t length = 0;
-};
-
-std::optional<Place> placeOfTables(const std::string& document) {
-  const std::string first = "<!-- FanFaultTableTest: begin -->\n";
-  const std::size_t begin = document.find(first);
-  const std::size_t end = document.find("<!-- FanFaultTableTest: end -->\n");
-  if (begin == std::string::npos || end == std::string::npos || end < begin + first.size()) {
-    return std::nullopt;
-  }
-  return Place{begin + first.size(), end - begin - first.size()};
-}
-
 /// One table, whose cells are made of the outcomes.
 template <typename CellOf>
 std::string tableOf(const std::vector<std::vector<Outcome>>& rows, const CellOf& cellOf) {
@@ -230,17 +207,7 @@ TEST_F(FanFaultTable, GoldenTablesAreThoseOfTheDocument) {
       row.push_back(outcomeOf(fault, column));
     }
   }
-  std::string document = fileBytes(documentPath()).value_or("");
-  const auto place = placeOfTables(document);
-  ASSERT_TRUE(place) << documentPath() << " has no place for the tables";
-  if (std::getenv("HALVARIN_UPDATE_GOLDEN") != nullptr) {
-    document.replace(place->begin, place->length, tablesOf(rows));
-    std::ofstream(documentPath(), std::ios::binary) << document;
-    FAIL() << documentPath() << " was written anew: read it, then run again without "
-           << "HALVARIN_UPDATE_GOLDEN";
-  }
-  EXPECT_EQ(tablesOf(rows), document.substr(place->begin, place->length))
-      << "differs from " << documentPath();
+  expectInDocument("fan-self-test.md", "FanFaultTableTest", tablesOf(rows));
 }
 
 // ---- what must be true, whatever the document says ---------------------------------------------
