@@ -11,6 +11,7 @@ inline constexpr std::string_view kSensors = "Sensors";
 inline constexpr std::string_view kName = "Name";  // text: "MacBook Pro (15-inch, 2018)"
 inline constexpr std::string_view kChip = "Chip";  // text: generation of the processor
 inline constexpr std::string_view kList = "List";  // text: how the model's key list is known
+inline constexpr std::string_view kRelative = "Relative";  // text: the model whose list it shares
 
 // Entries of a sensor descriptor, all optional.
 inline constexpr std::string_view kDescription = "description";  // text

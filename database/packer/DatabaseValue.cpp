@@ -2,6 +2,7 @@
 
 #include "base/Dictionary.h"
 #include "database/SensorDatabase.h"
+#include "database/packer/SensorResolver.h"
 
 namespace halvarin::packer {
 
@@ -35,6 +36,7 @@ DictionaryRef entryOf(const Model& model, const std::vector<Sensor>& sensors) {
   setText(*entry, database::kName, model.name);
   setText(*entry, database::kChip, model.chip);
   setText(*entry, database::kList, model.list);
+  setText(*entry, database::kRelative, model.relative.model);
   entry->set(database::kSensors, table);
   return entry;
 }
@@ -43,7 +45,7 @@ DictionaryRef entryOf(const Model& model, const std::vector<Sensor>& sensors) {
 
 Value databaseFrom(const SensorTables& tables) {
   auto database = Dictionary::make();
-  const auto sensors = tables.resolveAll();
+  const auto sensors = resolveAll(tables);
   for (std::size_t i = 0; i < sensors.size(); ++i) {
     database->set(tables.models()[i].identifier, entryOf(tables.models()[i], sensors[i]));
   }

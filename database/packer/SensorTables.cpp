@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <set>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -20,8 +21,7 @@ constexpr std::array<std::string_view, 9> kKinds{"Temperature",  "Voltage",     
                                                  "Magnetometer", "Calibration", "Fan"};
 constexpr std::array<std::string_view, 2> kPlatforms{"intel", "silicon"};
 constexpr std::array<std::string_view, 5> kLists{"dump", "firmware", "report", "listed", "family"};
-constexpr std::array<std::string_view, 5> kSensorFiles{"temperature.tsv", "voltage.tsv",
-                                                       "current.tsv", "power.tsv", "other.tsv"};
+constexpr std::string_view kShared = "family";  // the list of a model that has none of its own
 constexpr std::size_t kKeyCharacters = 4;
 
 template <typename Words>
@@ -53,26 +53,57 @@ bool truthOf(const TableRow& row, const std::string& word) {
   return word == "yes";
 }
 
-/// How exactly `on` names a model: 0 not at all, then every machine, its platform, its chip.
-int fit(const std::string& on, const Model& model) {
-  if (on == model.chip) {
-    return 3;
+std::vector<std::string> wordsOf(const TableRow& row, std::size_t field) {
+  std::vector<std::string> words;
+  std::set<std::string> seen;
+  std::istringstream stream(noneAsEmpty(row.fields[field]));
+  for (std::string word; stream >> word; words.push_back(word)) {
+    if (!seen.insert(word).second) {
+      row.fail("\"" + word + "\" is named twice in this row");
+    }
   }
-  if (on == model.platform) {
-    return 2;
+  return words;
+}
+
+std::vector<fs::path> filesIn(const fs::path& folder) {
+  std::vector<fs::path> files;
+  std::error_code missing;
+  for (const auto& entry : fs::directory_iterator(folder, missing)) {
+    files.push_back(entry.path());
   }
-  return on == "*" ? 1 : 0;
+  if (missing) {
+    throw TableError(folder, 0, "the folder cannot be read: " + missing.message());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
 }
 
 }  // namespace
 
+bool isKeyForm(const std::string& word) {
+  return word.size() == kKeyCharacters;
+}
+
 SensorTables::SensorTables(const fs::path& folder) {
   loadParts(folder / "parts.tsv");
-  for (const std::string_view file : kSensorFiles) {
-    loadMeanings(folder / "sensors" / file);
-  }
+  loadAllMeanings(folder / "sensors");
   loadModels(folder);
+  loadFamilies(folder / "families.tsv");
   loadExceptions(folder / "exceptions.tsv");
+}
+
+const Model* SensorTables::model(const std::string& identifier) const {
+  const auto found = std::find_if(models_.begin(), models_.end(),
+                                  [&](const Model& each) { return each.identifier == identifier; });
+  return found == models_.end() ? nullptr : &*found;
+}
+
+const Part& SensorTables::part(const std::string& name, const TableRow& row) const {
+  const auto found = parts_.find(name);
+  if (found == parts_.end()) {
+    row.fail("parts.tsv has no part \"" + name + "\"");
+  }
+  return found->second;
 }
 
 void SensorTables::loadParts(const fs::path& file) {
@@ -80,6 +111,9 @@ void SensorTables::loadParts(const fs::path& file) {
        readTable(file, {"part", "kind", "unit", "low", "high", "mains", "reason"})) {
     const auto& f = row.fields;
     checkWord(row, kKinds, f[1], "kind");
+    if (isKeyForm(f[0])) {
+      row.fail("a part's name must not have four characters, as keys have");
+    }
     Part part{f[1], noneAsEmpty(f[2]), noneAsEmpty(f[3]), noneAsEmpty(f[4]), truthOf(row, f[5]),
               row};
     checkLimits(row, part.low, part.high);
@@ -89,11 +123,17 @@ void SensorTables::loadParts(const fs::path& file) {
   }
 }
 
+void SensorTables::loadAllMeanings(const fs::path& folder) {
+  for (const fs::path& file : filesIn(folder)) {
+    loadMeanings(file);
+  }
+}
+
 void SensorTables::loadMeanings(const fs::path& file) {
   for (const TableRow& row : readTable(file, {"key", "on", "part", "description"})) {
     const auto& f = row.fields;
     checkKey(row, f[0]);
-    static_cast<void>(partNamed(f[2], row));
+    static_cast<void>(part(f[2], row));
     if (f[3] == "-") {
       row.fail("a sensor needs a description");
     }
@@ -114,150 +154,85 @@ void SensorTables::loadModels(const fs::path& folder) {
     const auto& f = row.fields;
     checkWord(row, kPlatforms, f[3], "platform");
     checkWord(row, kLists, f[4], "list");
-    if (!files.insert(f[0] + ".txt").second) {
+    if (model(f[0]) != nullptr) {
       row.fail("the model " + f[0] + " is in the table twice");
     }
-    Model model{f[0], f[1], f[2], f[3], f[4], readWords(folder / "models" / (f[0] + ".txt"))};
-    std::set<std::string> seen;
-    for (const TableRow& key : model.keys) {
-      checkKey(key, key.fields[0]);
-      if (!seen.insert(key.fields[0]).second) {
-        key.fail("the key " + key.fields[0] + " is in the list twice");
-      }
+    Model model{f[0], f[1], f[2], f[3], f[4], {}, {}, row};
+    if (model.list != kShared) {
+      files.insert(model.identifier + ".txt");
+      loadKeys(model, folder / "models");
     }
     models_.push_back(std::move(model));
   }
-  std::error_code missing;
-  for (const auto& entry : fs::directory_iterator(folder / "models", missing)) {
-    if (!files.contains(entry.path().filename().string())) {
-      throw TableError(entry.path(), 0, "no row of models.tsv names this file");
+  for (const fs::path& file : filesIn(folder / "models")) {
+    if (!files.contains(file.filename().string())) {
+      throw TableError(file, 0, "no row of models.tsv with a list of its own names this file");
     }
   }
-  if (missing) {
-    throw TableError(folder / "models", 0, "the folder cannot be read: " + missing.message());
+}
+
+void SensorTables::loadKeys(Model& model, const fs::path& folder) const {
+  model.keys = readWords(folder / (model.identifier + ".txt"));
+  std::set<std::string> seen;
+  for (const TableRow& key : model.keys) {
+    checkKey(key, key.fields[0]);
+    if (!seen.insert(key.fields[0]).second) {
+      key.fail("the key " + key.fields[0] + " is in the list twice");
+    }
   }
+}
+
+void SensorTables::loadFamilies(const fs::path& file) {
+  for (const TableRow& row : readTable(file, {"model", "like", "without", "reason"})) {
+    const auto found = std::find_if(models_.begin(), models_.end(), [&](const Model& each) {
+      return each.identifier == row.fields[0];
+    });
+    if (found == models_.end() || found->list != kShared) {
+      row.fail("models.tsv has no model " + row.fields[0] + " whose list is \"family\"");
+    }
+    if (!found->relative.model.empty()) {
+      row.fail("the model " + row.fields[0] + " is in the table twice");
+    }
+    found->relative = relativeFrom(row, *found);
+  }
+  for (const Model& each : models_) {
+    if (each.list == kShared && each.relative.model.empty()) {
+      each.row.fail("families.tsv does not say whose list " + each.identifier + " shares");
+    }
+  }
+}
+
+Relative SensorTables::relativeFrom(const TableRow& row, const Model& model) const {
+  const Model* like = this->model(row.fields[1]);
+  if (like == nullptr || like->list == kShared || like->platform != model.platform) {
+    row.fail("\"" + row.fields[1] + "\" is no " + model.platform + " model with a list of its own");
+  }
+  Relative relative{like->identifier, wordsOf(row, 2), row};
+  for (const std::string& word : relative.without) {
+    if (!isKeyForm(word)) {
+      static_cast<void>(part(word, row));
+    }
+  }
+  return relative;
 }
 
 void SensorTables::loadExceptions(const fs::path& file) {
-  for (const TableRow& row : readTable(file, {"model", "key", "field", "value", "reason"})) {
+  for (const TableRow& row : readTable(file, {"key", "models", "part", "description", "reason"})) {
     const auto& f = row.fields;
-    checkWord(row, std::array<std::string_view, 5>{"description", "part", "low", "high", "mains"},
-              f[2], "field");
-    const auto model = std::find_if(models_.begin(), models_.end(),
-                                    [&](const Model& each) { return each.identifier == f[0]; });
-    const bool hasKey = model != models_.end() &&
-                        std::any_of(model->keys.begin(), model->keys.end(),
-                                    [&](const TableRow& k) { return k.fields[0] == f[1]; });
-    if (!hasKey) {
-      row.fail("no model " + f[0] + " with a key " + f[1] + ": the exception is not used");
+    const Exception exception{noneAsEmpty(f[2]), noneAsEmpty(f[3]), row};
+    if (exception.part.empty() && exception.description.empty()) {
+      row.fail("the exception changes neither the part nor the description");
     }
-    auto& exceptions = exceptions_[{f[0], f[1]}];
-    if (f[2] == "description" && f[3] == "-") {
-      row.fail("a sensor needs a description");
+    if (!exception.part.empty()) {
+      static_cast<void>(part(exception.part, row));
     }
-    if (std::any_of(exceptions.begin(), exceptions.end(),
-                    [&](const Exception& each) { return each.field == f[2]; })) {
-      row.fail("this exception is in the table twice");
-    }
-    exceptions.push_back({f[2], f[3], row});
-  }
-}
-
-const Part& SensorTables::partNamed(const std::string& name, const TableRow& row) const {
-  const auto part = parts_.find(name);
-  if (part == parts_.end()) {
-    row.fail("parts.tsv has no part \"" + name + "\"");
-  }
-  return part->second;
-}
-
-const Meaning& SensorTables::meaningOf(const Model& model, const TableRow& key) const {
-  const auto meanings = meanings_.find(key.fields[0]);
-  const Meaning* best = nullptr;
-  if (meanings != meanings_.end()) {
-    for (const Meaning& each : meanings->second) {
-      if (fit(each.on, model) > (best == nullptr ? 0 : fit(best->on, model))) {
-        best = &each;
+    for (const std::string& identifier : wordsOf(row, 1)) {
+      if (model(identifier) == nullptr) {
+        row.fail("models.tsv has no model " + identifier);
       }
-    }
-  }
-  if (best == nullptr) {
-    key.fail("no sensor row says what " + key.fields[0] + " means on " + model.identifier);
-  }
-  return *best;
-}
-
-Sensor SensorTables::resolve(const Model& model, const TableRow& key) const {
-  const Meaning& meaning = meaningOf(model, key);
-  Sensor sensor{key.fields[0], meaning.description, partNamed(meaning.part, meaning.row)};
-  const auto exceptions = exceptions_.find({model.identifier, sensor.key});
-  if (exceptions == exceptions_.end()) {
-    return sensor;
-  }
-  // A part brings limits of its own, so it comes before those that replace single ones.
-  for (const Exception& each : exceptions->second) {
-    if (each.field == "part") {
-      sensor.part = partNamed(each.value, each.row);
-    }
-  }
-  for (const Exception& each : exceptions->second) {
-    if (each.field == "description") {
-      sensor.description = each.value;
-    } else if (each.field == "low") {
-      sensor.part.low = noneAsEmpty(each.value);
-    } else if (each.field == "high") {
-      sensor.part.high = noneAsEmpty(each.value);
-    } else if (each.field == "mains") {
-      sensor.part.mains = truthOf(each.row, each.value);
-    }
-  }
-  checkLimits(exceptions->second.front().row, sensor.part.low, sensor.part.high);
-  return sensor;
-}
-
-std::vector<std::vector<Sensor>> SensorTables::resolveAll() const {
-  std::vector<std::vector<Sensor>> all;
-  for (const Model& model : models_) {
-    std::set<std::pair<std::string, std::string>> names;
-    std::vector<Sensor> sensors;
-    for (const TableRow& key : model.keys) {
-      sensors.push_back(resolve(model, key));
-      if (!names.emplace(sensors.back().part.kind, sensors.back().description).second) {
-        key.fail("two sensors of " + model.identifier + " are called \"" +
-                 sensors.back().description + "\"");
+      if (!exceptions_.emplace(std::pair(identifier, f[0]), exception).second) {
+        row.fail("the key " + f[0] + " of " + identifier + " is in the table twice");
       }
-    }
-    all.push_back(std::move(sensors));
-  }
-  checkUse(all);
-  return all;
-}
-
-void SensorTables::checkUse(const std::vector<std::vector<Sensor>>& all) const {
-  std::set<const Meaning*> meanings;
-  std::set<std::string> parts;
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    for (const TableRow& key : models_[i].keys) {
-      const Meaning& meaning = meaningOf(models_[i], key);
-      meanings.insert(&meaning);
-      parts.insert(meaning.part);
-    }
-  }
-  for (const auto& [key, exceptions] : exceptions_) {
-    for (const Exception& each : exceptions) {
-      parts.insert(each.field == "part" ? each.value : "");
-    }
-  }
-  for (const auto& [key, rows] : meanings_) {
-    for (const Meaning& each : rows) {
-      if (!meanings.contains(&each)) {
-        each.row.fail("no model uses this row for " + key);
-      }
-    }
-  }
-  for (const auto& [name, part] : parts_) {
-    if (!parts.contains(name)) {
-      part.row.fail("no sensor is of the part \"" + name + "\"");
     }
   }
 }

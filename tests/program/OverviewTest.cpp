@@ -39,9 +39,10 @@ TEST(Overview, JsonHasTheFiveHottestTheFansAndWhatIsOutside) {
 }
 
 TEST(Overview, ShowsAMachineThatTheDatabaseDoesNotKnow) {
-  const ProgramRun run = halvarinRun({"--machine", "simulated:MacBookPro18,1", "--clock", "0"});
+  const ProgramRun run =
+      halvarinRun({"--machine", machineFile("fans-mode-key.txt"), "--clock", "0"});
   EXPECT_EQ(run.exit, 0);
-  EXPECT_THAT(run.out, HasSubstr("MacBookPro18,1 (simulated)"));
+  EXPECT_THAT(run.out, HasSubstr("Fan3,1 (recorded)"));
   EXPECT_THAT(run.out, HasSubstr("automatic"));
   EXPECT_THAT(run.err, HasSubstr("does not know the model"));
 }

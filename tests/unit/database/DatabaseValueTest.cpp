@@ -46,7 +46,8 @@ TEST(DatabaseValue, HoldsEveryModelInTheOrderOfTheTable) {
   ASSERT_NE(database, nullptr);
   EXPECT_THAT(entriesOf(database), ElementsAre(Pair("Alpha1,1", "Dictionary Dictionary"),
                                                Pair("Beta1,1", "Dictionary Dictionary"),
-                                               Pair("Gamma1,1", "Dictionary Dictionary")));
+                                               Pair("Gamma1,1", "Dictionary Dictionary"),
+                                               Pair("Delta1,1", "Dictionary Dictionary")));
 }
 
 TEST(DatabaseValue, TellsOfAModelWhatItIsAndItsSensors) {
@@ -92,14 +93,18 @@ TEST(DatabaseValue, QualifiesOnlyWhatIsJudgedOnMainsAlone) {
   }
 }
 
+TEST(DatabaseValue, NamesTheRelativeOfAModelThatSharesItsList) {
+  const DictionaryRef database = databaseOf({});
+  EXPECT_EQ(at(database, {"Delta1,1"})->get("Relative").textView(), "Alpha1,1");
+  EXPECT_FALSE(at(database, {"Alpha1,1"})->has("Relative"));
+}
+
 TEST(DatabaseValue, HoldsAnExceptionOnItsModelOnly) {
   TableFolder tables;
-  tables.append("exceptions.tsv", "Alpha1,1\tTC0P\thigh\t90\twhy");
-  tables.append("exceptions.tsv", "Alpha1,1\tVP0R\tmains\tno\twhy");
+  tables.append("exceptions.tsv", "TC0P\tBeta1,1\tair\t-\twhy");
   const DictionaryRef database = databaseOf(tables);
-  EXPECT_EQ(at(database, {"Alpha1,1", "Sensors", "TC0P"})->get("high limit").textView(), "90");
-  EXPECT_EQ(at(database, {"Beta1,1", "Sensors", "TC0P"})->get("high limit").textView(), "110");
-  EXPECT_FALSE(at(database, {"Alpha1,1", "Sensors", "VP0R"})->has("ACqualified"));
+  EXPECT_EQ(at(database, {"Alpha1,1", "Sensors", "TC0P"})->get("high limit").textView(), "110");
+  EXPECT_EQ(at(database, {"Beta1,1", "Sensors", "TC0P"})->get("high limit").textView(), "50");
 }
 
 TEST(DatabaseValue, ReadsBackFromItsPropertyList) {

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <map>
 #include <set>
+#include <sstream>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -13,7 +13,7 @@
 #include "base/NumberText.h"
 #include "base/Text.h"
 #include "database/packer/DatabaseValue.h"
-#include "database/packer/SensorTables.h"
+#include "database/packer/SensorResolver.h"
 #include "platform/machine/BuiltInMachine.h"
 #include "platform/machine/MachineFile.h"
 #include "platform/machine/ReadingCodec.h"
@@ -57,7 +57,7 @@ void forEverySensor(const Check& check) {
 TEST(SensorData, IsSoundAndUsedToTheLastRow) {
   try {
     const SensorTables tables(kData);
-    EXPECT_EQ(tables.resolveAll().size(), tables.models().size());
+    EXPECT_EQ(resolveAll(tables).size(), tables.models().size());
     EXPECT_NE(packer::databaseFrom(tables).dictionary(), nullptr);
   } catch (const TableError& error) {
     ADD_FAILURE() << error.what();
@@ -200,10 +200,9 @@ TEST(SensorData, ListsPartsByKindThenByName) {
 }
 
 TEST(SensorData, ListsSensorsByTheBytesOfTheirKeys) {
-  for (const char* table : {"temperature", "voltage", "current", "power", "other"}) {
+  for (const auto& table : sensorTables()) {
     std::vector<std::string> keys;
-    for (const TableRow& row :
-         packer::readTable(kData / "sensors" / (std::string(table) + ".tsv"), kSensorColumns)) {
+    for (const TableRow& row : packer::readTable(kData / table, kSensorColumns)) {
       keys.push_back(row.fields[0]);
     }
     EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end())) << table;
@@ -212,6 +211,9 @@ TEST(SensorData, ListsSensorsByTheBytesOfTheirKeys) {
 
 TEST(SensorData, ListsTheKeysOfAModelByTheirBytes15ALine) {
   for (const Model& model : shipped().tables.models()) {
+    if (!model.relative.model.empty()) {
+      continue;
+    }
     std::vector<std::string> keys;
     std::map<std::size_t, std::size_t> lines;
     for (const TableRow& key : model.keys) {
@@ -228,14 +230,35 @@ TEST(SensorData, ListsTheKeysOfAModelByTheirBytes15ALine) {
   }
 }
 
-TEST(SensorData, ListsExceptionsByModelThenKeyThenField) {
+/// Where each model stands in models.tsv.
+std::map<std::string, std::size_t> placesOfModels() {
   std::map<std::string, std::size_t> places;
   for (const Model& model : shipped().tables.models()) {
     places.emplace(model.identifier, places.size());
   }
-  std::vector<std::tuple<std::size_t, std::string, std::string>> order;
+  return places;
+}
+
+TEST(SensorData, ListsExceptionsByKeyThenByTheirModels) {
+  const auto places = placesOfModels();
+  std::vector<std::pair<std::string, std::size_t>> order;
   for (const TableRow& row : packer::readTable(kData / "exceptions.tsv", kExceptionColumns)) {
-    order.emplace_back(places.at(row.fields[0]), row.fields[1], row.fields[2]);
+    std::vector<std::size_t> models;
+    std::istringstream words(row.fields[1]);
+    for (std::string word; words >> word;) {
+      models.push_back(places.at(word));
+    }
+    EXPECT_TRUE(std::is_sorted(models.begin(), models.end())) << row.line;
+    order.emplace_back(row.fields[0], models.front());
+  }
+  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(SensorData, ListsFamiliesByTheirModels) {
+  const auto places = placesOfModels();
+  std::vector<std::size_t> order;
+  for (const TableRow& row : packer::readTable(kData / "families.tsv", kFamilyColumns)) {
+    order.push_back(places.at(row.fields[0]));
   }
   EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
 }
