@@ -4,9 +4,9 @@
 #include <string>
 
 #include "base/Array.h"
+#include "base/PrintableText.h"
 #include "host/Facade.h"
 #include "host/RecordJson.h"
-#include "host/Terminal.h"
 
 namespace halvarin::host {
 

@@ -4,9 +4,9 @@
 #include <iostream>
 
 #include "base/Array.h"
+#include "base/PrintableText.h"
 #include "host/Exit.h"
 #include "host/MachineChoice.h"
-#include "host/Terminal.h"
 #include "smc/KeyRecord.h"
 #include "smc/QXSMCInterface.h"
 

@@ -9,6 +9,7 @@
 #include "base/Array.h"
 #include "base/LikePattern.h"
 #include "base/NumberText.h"
+#include "base/PrintableText.h"
 #include "host/MachineChoice.h"
 #include "host/MachineDump.h"
 #include "host/RecordJson.h"

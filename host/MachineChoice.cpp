@@ -8,8 +8,8 @@
 #include <memory>
 #include <utility>
 
+#include "base/PrintableText.h"
 #include "host/Exit.h"
-#include "host/Terminal.h"
 #include "platform/Clock.h"
 #include "platform/PowerSource.h"
 #include "platform/machine/BuiltInMachine.h"

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "base/PrintableText.h"
 #include "host/Facade.h"
 #include "host/MachineChoice.h"
 #include "host/PassView.h"

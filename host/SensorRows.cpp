@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "host/Terminal.h"
+#include "base/PrintableText.h"
 #include "sensors/SensorRecord.h"
 #include "smc/KeyRecord.h"
 

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/PrintableText.h"
 #include "host/Facade.h"
 #include "host/RecordJson.h"
 #include "host/SensorRows.h"

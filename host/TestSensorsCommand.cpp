@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/PrintableText.h"
 #include "host/Facade.h"
 #include "host/MachineChoice.h"
 #include "host/PassView.h"

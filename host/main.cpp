@@ -1,6 +1,7 @@
 #include <exception>
 #include <iostream>
 
+#include "base/PrintableText.h"
 #include "host/DescriptorsCommand.h"
 #include "host/Exit.h"
 #include "host/KeysCommand.h"
@@ -52,10 +53,10 @@ Exit runReported(int argumentCount, const char* const* arguments) {
     const auto options = halvarin::host::parseOptions(argumentCount, arguments);
     return options ? run(*options) : Exit::fine;
   } catch (const halvarin::host::ExitError& error) {
-    std::cerr << "halvarin: " << halvarin::host::printable(error.what()) << "\n";
+    std::cerr << "halvarin: " << halvarin::printable(error.what()) << "\n";
     return error.exit();
   } catch (const std::exception& error) {
-    std::cerr << "halvarin: internal fault: " << halvarin::host::printable(error.what()) << "\n";
+    std::cerr << "halvarin: internal fault: " << halvarin::printable(error.what()) << "\n";
     return Exit::ownFailure;
   }
 }

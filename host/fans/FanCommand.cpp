@@ -8,9 +8,9 @@
 
 #include "base/AtomicProperty.h"
 #include "base/NumberText.h"
+#include "base/PrintableText.h"
 #include "host/Facade.h"
 #include "host/MachineChoice.h"
-#include "host/Terminal.h"
 #include "host/fans/EndSignals.h"
 #include "host/fans/FanControl.h"
 #include "host/fans/FanGuard.h"

@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "base/NumberText.h"
+#include "base/PrintableText.h"
 #include "base/Text.h"
 #include "host/Exit.h"
 #include "host/PassView.h"
-#include "host/Terminal.h"
 #include "sensors/FanKey.h"
 #include "sensors/FanRecord.h"
 #include "smc/KeyRecord.h"

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "base/Array.h"
+#include "base/PrintableText.h"
 #include "host/Facade.h"
 #include "host/MachineChoice.h"
 #include "host/RecordJson.h"
