@@ -7,17 +7,17 @@
 #include <iostream>
 #include <memory>
 #include <utility>
+#include <variant>
 
 #include "base/PrintableText.h"
 #include "host/Exit.h"
 #include "platform/Clock.h"
 #include "platform/PowerSource.h"
-#include "platform/machine/BuiltInMachine.h"
 #include "platform/machine/CurrentMachine.h"
 #include "platform/machine/MachineFile.h"
+#include "platform/machine/MachineSource.h"
 #include "platform/machine/SimulatedMachine.h"
 #include "platform/machine/fans/FanKeys.h"
-#include "platform/machine/remote/RemoteMachine.h"
 
 namespace halvarin::host {
 
@@ -25,16 +25,17 @@ namespace {
 
 constexpr std::size_t kMostModelCharacters = 24;  // what the platform's call carries
 
-platform::RecordedMachine recordedMachine(const MachineOption& option) {
-  if (option.kind == MachineOption::Kind::simulated) {
-    // The model was checked with the command line.
-    return platform::builtInMachine(option.model).value();
+/// What was to be had; ends the program when it could not.
+template <typename Wanted>
+Wanted available(std::variant<Wanted, std::string> wanted) {
+  if (const auto* fault = std::get_if<std::string>(&wanted)) {
+    throw ExitError(Exit::noMachine, *fault);
   }
-  auto read = platform::readMachineFile(option.path);
-  if (const auto* error = std::get_if<platform::MachineFileError>(&read)) {
-    throw ExitError(Exit::noMachine, error->message());
-  }
-  auto machine = std::get<platform::RecordedMachine>(std::move(read));
+  return std::get<Wanted>(std::move(wanted));
+}
+
+platform::RecordedMachine machineToSimulate(const MachineOption& option) {
+  auto machine = available(platform::recordedMachine(option));
   if (machine.model.size() > kMostModelCharacters) {
     std::cerr << "halvarin: the model \"" << printable(machine.model) << "\" has more than "
               << kMostModelCharacters
@@ -42,14 +43,6 @@ platform::RecordedMachine recordedMachine(const MachineOption& option) {
               << "\n";
   }
   return machine;
-}
-
-std::shared_ptr<platform::Machine> servedMachine(const std::string& path) {
-  auto connected = platform::RemoteMachine::connect(path);
-  if (const auto* fault = std::get_if<std::string>(&connected)) {
-    throw ExitError(Exit::noMachine, *fault);
-  }
-  return std::get<std::shared_ptr<platform::RemoteMachine>>(std::move(connected));
 }
 
 std::function<void(std::string_view)> journalTo(const std::string& path) {
@@ -142,11 +135,11 @@ void chooseMachine(const Options& options) {
     return;
   }
   if (options.machine.kind == MachineOption::Kind::socket) {
-    platform::setMachine(servedMachine(options.machine.path),
+    platform::setMachine(available(platform::openMachine(options.machine)),
                          std::make_shared<platform::ScaledClock>(options.clockFactor));
     return;
   }
-  platform::RecordedMachine recorded = recordedMachine(options.machine);
+  platform::RecordedMachine recorded = machineToSimulate(options.machine);
   for (const FaultOption& fault : options.faults) {
     checkFault(recorded, fault);
   }

@@ -4,57 +4,20 @@
 #include <array>
 #include <cmath>
 #include <string_view>
-#include <vector>
+#include <utility>
+#include <variant>
 
 #include "base/NumberText.h"
 #include "host/Exit.h"
-#include "platform/machine/BuiltInMachine.h"
 
 namespace halvarin::host {
 
-namespace {
-
-std::string listedModels() {
-  std::string text;
-  for (const std::string& model : platform::builtInModels()) {
-    text += (text.empty() ? "" : ", ") + model;
-  }
-  return text;
-}
-
-std::string builtInModel(const std::string& text) {
-  const std::vector<std::string> models = platform::builtInModels();
-  if (std::find(models.begin(), models.end(), text) == models.end()) {
-    throw ExitError(Exit::usage,
-                    "there is no built-in machine \"" + text + "\"; there are: " + listedModels());
-  }
-  return text;
-}
-
-}  // namespace
-
 MachineOption parseMachine(const std::string& text) {
-  constexpr std::string_view kFile = "file:";
-  constexpr std::string_view kSocket = "socket:";
-  constexpr std::string_view kSimulated = "simulated:";
-  if (text == "this") {
-    return {};
+  auto parsed = platform::parseMachineSource(text, "--machine");
+  if (const auto* fault = std::get_if<std::string>(&parsed)) {
+    throw ExitError(Exit::usage, *fault);
   }
-  if (text.rfind(kFile, 0) == 0 && text.size() > kFile.size()) {
-    return {MachineOption::Kind::file, text.substr(kFile.size()), {}};
-  }
-  if (text.rfind(kSocket, 0) == 0 && text.size() > kSocket.size()) {
-    return {MachineOption::Kind::socket, text.substr(kSocket.size()), {}};
-  }
-  if (text == "simulated") {
-    return {MachineOption::Kind::simulated, {}, platform::builtInModels().front()};
-  }
-  if (text.rfind(kSimulated, 0) == 0) {
-    return {MachineOption::Kind::simulated, {}, builtInModel(text.substr(kSimulated.size()))};
-  }
-  throw ExitError(Exit::usage, "--machine takes this, simulated, simulated:MODEL (" +
-                                   listedModels() + "), file:PATH or socket:PATH, not \"" + text +
-                                   "\"");
+  return std::get<MachineOption>(std::move(parsed));
 }
 
 std::chrono::nanoseconds parseLatency(const std::string& text) {

@@ -3,15 +3,12 @@
 #include <chrono>
 #include <string>
 
+#include "platform/machine/MachineSource.h"
+
 namespace halvarin::host {
 
 /// Where readings come from.
-struct MachineOption {
-  enum class Kind { thisComputer, simulated, file, socket };
-  Kind kind = Kind::thisComputer;
-  std::string path;   // of the machine file, or of the socket of the process that serves it
-  std::string model;  // of the simulated machine
-};
+using MachineOption = platform::MachineSource;
 
 /// What the text of --machine asks for. Throws ExitError (usage) for a text that asks for nothing.
 [[nodiscard]] MachineOption parseMachine(const std::string& text);
