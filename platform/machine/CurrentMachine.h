@@ -28,6 +28,8 @@ struct HandleCounts {
   std::uint64_t connectionsClosed = 0;
   std::uint64_t matchingsMade = 0;
   std::uint64_t matchingsTaken = 0;
+  std::uint64_t iteratorsMade = 0;
+  std::uint64_t iteratorsReleased = 0;
 };
 [[nodiscard]] HALVARIN_EXPORT HandleCounts handleCounts();
 

@@ -1,12 +1,12 @@
 #include "platform/machine/HandleLedger.h"
 
+#include <utility>
+
 namespace halvarin::platform {
 
 std::uint32_t HandleLedger::takeService() {
   const MutexLock lock(mutex_);
-  const auto service = static_cast<std::uint32_t>(++counts_.servicesFound);
-  services_.insert(service);
-  return service;
+  return newService();
 }
 
 bool HandleLedger::knowsService(std::uint32_t service) {
@@ -21,6 +21,34 @@ bool HandleLedger::releaseService(std::uint32_t service) {
   }
   ++counts_.servicesReleased;
   return true;
+}
+
+std::uint32_t HandleLedger::takeIterator() {
+  const MutexLock lock(mutex_);
+  ++counts_.iteratorsMade;
+  hasNext_[++lastNumber_] = true;
+  return lastNumber_;
+}
+
+std::uint32_t HandleLedger::takeNextService(std::uint32_t iterator) {
+  const MutexLock lock(mutex_);
+  const auto found = hasNext_.find(iterator);
+  return found != hasNext_.end() && std::exchange(found->second, false) ? newService() : 0;
+}
+
+bool HandleLedger::releaseIterator(std::uint32_t iterator) {
+  const MutexLock lock(mutex_);
+  if (hasNext_.erase(iterator) == 0) {
+    return false;
+  }
+  ++counts_.iteratorsReleased;
+  return true;
+}
+
+std::uint32_t HandleLedger::newService() {
+  ++counts_.servicesFound;
+  services_.insert(++lastNumber_);
+  return lastNumber_;
 }
 
 void HandleLedger::countMatchingMade() {

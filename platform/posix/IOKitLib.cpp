@@ -16,11 +16,38 @@ struct __CFDictionary {  // NOLINT(bugprone-reserved-identifier): the platform's
 using halvarin::platform::currentMachine;
 using halvarin::platform::handleLedger;
 
+namespace {
+
+/// What stands behind the default port's names: a port of its own, far from the numbers of
+/// services.
+constexpr mach_port_t kMainPort = 0x80000001;
+
+/// Whether the machine has what a dictionary asks for; takes the dictionary.
+bool takeMatching(CFDictionaryRef matching) {
+  const std::unique_ptr<const __CFDictionary> taken(matching);
+  if (!taken) {
+    return false;
+  }
+  handleLedger().countMatchingTaken();
+  return currentMachine()->hasService(taken->serviceClass);
+}
+
+}  // namespace
+
 extern "C" {
 
 const mach_port_t kIOMasterPortDefault = MACH_PORT_NULL;
 const mach_port_t kIOMainPortDefault = MACH_PORT_NULL;
 mach_port_t mach_task_self_ = 1;
+
+kern_return_t IOMasterPort(mach_port_t bootstrapPort, mach_port_t* mainPort) {
+  return IOMainPort(bootstrapPort, mainPort);
+}
+
+kern_return_t IOMainPort(mach_port_t /*bootstrapPort*/, mach_port_t* mainPort) {
+  *mainPort = kMainPort;
+  return KERN_SUCCESS;
+}
 
 CFMutableDictionaryRef IOServiceMatching(const char* name) {
   handleLedger().countMatchingMade();
@@ -28,13 +55,20 @@ CFMutableDictionaryRef IOServiceMatching(const char* name) {
 }
 
 io_service_t IOServiceGetMatchingService(mach_port_t /*mainPort*/, CFDictionaryRef matching) {
-  const std::unique_ptr<const __CFDictionary> taken(matching);
-  if (!taken) {
-    return IO_OBJECT_NULL;
+  return takeMatching(matching) ? handleLedger().takeService() : IO_OBJECT_NULL;
+}
+
+kern_return_t IOServiceGetMatchingServices(mach_port_t /*mainPort*/, CFDictionaryRef matching,
+                                           io_iterator_t* existing) {
+  if (matching == nullptr) {
+    return kIOReturnBadArgument;
   }
-  handleLedger().countMatchingTaken();
-  return currentMachine()->hasService(taken->serviceClass) ? handleLedger().takeService()
-                                                           : IO_OBJECT_NULL;
+  *existing = takeMatching(matching) ? handleLedger().takeIterator() : IO_OBJECT_NULL;
+  return KERN_SUCCESS;
+}
+
+io_object_t IOIteratorNext(io_iterator_t iterator) {
+  return handleLedger().takeNextService(iterator);
 }
 
 kern_return_t IOServiceOpen(io_service_t service, task_port_t /*owningTask*/, uint32_t type,
@@ -61,12 +95,16 @@ kern_return_t IOConnectCallStructMethod(mach_port_t connection, uint32_t selecto
                                         const void* inputStruct, size_t inputStructCnt,
                                         void* outputStruct, size_t* outputStructCnt) {
   const std::span request(static_cast<const std::uint8_t*>(inputStruct), inputStructCnt);
-  const std::span reply(static_cast<std::uint8_t*>(outputStruct), *outputStructCnt);
-  return currentMachine()->call(connection, selector, request, reply, *outputStructCnt);
+  size_t nothing = 0;
+  size_t* const replySize = outputStructCnt == nullptr ? &nothing : outputStructCnt;
+  const std::span reply(static_cast<std::uint8_t*>(outputStruct), *replySize);
+  return currentMachine()->call(connection, selector, request, reply, *replySize);
 }
 
 kern_return_t IOObjectRelease(io_object_t object) {
-  return handleLedger().releaseService(object) ? KERN_SUCCESS : kIOReturnBadArgument;
+  const bool wasOut =
+      handleLedger().releaseService(object) || handleLedger().releaseIterator(object);
+  return wasOut ? KERN_SUCCESS : kIOReturnBadArgument;
 }
 
 }  // extern "C"

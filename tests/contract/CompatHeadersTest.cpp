@@ -4,6 +4,7 @@
 
 extern "C" int findServiceInC(const char* name);
 extern "C" int readLogicalProcessorsInC();
+extern "C" int countServicesInC(const char* name);
 
 namespace halvarin::test {
 namespace {
@@ -14,6 +15,8 @@ TEST(CompatHeaders, ServeACallerInPlainC) {
   EXPECT_EQ(findServiceInC("AppleSMC"), 0);
   EXPECT_EQ(findServiceInC("SomethingElse"), -1);
   EXPECT_EQ(readLogicalProcessorsInC(), 4);
+  EXPECT_EQ(countServicesInC("AppleSMC"), 1);
+  EXPECT_EQ(countServicesInC("SomethingElse"), 0);
 }
 
 }  // namespace

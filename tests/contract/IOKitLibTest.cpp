@@ -107,6 +107,18 @@ TEST_F(IOKitLibTest, TheTwoNamesOfTheDefaultPortAreOnePort) {
   EXPECT_NE(mach_task_self(), MACH_PORT_NULL);
 }
 
+TEST_F(IOKitLibTest, BothWaysToTheMainPortGiveTheSameOne) {
+  mach_port_t older = MACH_PORT_NULL;
+  mach_port_t newer = MACH_PORT_NULL;
+  EXPECT_EQ(IOMasterPort(MACH_PORT_NULL, &older), KERN_SUCCESS);
+  EXPECT_EQ(IOMainPort(MACH_PORT_NULL, &newer), KERN_SUCCESS);
+  EXPECT_NE(older, MACH_PORT_NULL);
+  EXPECT_EQ(older, newer);
+  const io_service_t service = IOServiceGetMatchingService(older, IOServiceMatching("Echo"));
+  EXPECT_EQ(IOObjectRelease(service), KERN_SUCCESS);
+  EXPECT_NE(IOObjectRelease(older), KERN_SUCCESS);
+}
+
 TEST_F(IOKitLibTest, FindsAServiceOfTheMachineAndReleasesItOnce) {
   const io_service_t service = find("Echo");
   ASSERT_NE(service, IO_OBJECT_NULL);
@@ -208,6 +220,17 @@ TEST_F(IOKitLibTest, GivesTheMachinesOwnStatusOfACall) {
                                       reply.data(), &replySize),
             MACH_SEND_INVALID_DEST);
   EXPECT_EQ(replySize, reply.size());
+  EXPECT_EQ(IOServiceClose(connection), KERN_SUCCESS);
+  EXPECT_EQ(IOObjectRelease(service), KERN_SUCCESS);
+}
+
+TEST_F(IOKitLibTest, ACallMayHaveNeitherInputNorOutput) {
+  const io_service_t service = find("Echo");
+  io_connect_t connection = 0;
+  ASSERT_EQ(IOServiceOpen(service, mach_task_self(), 7, &connection), KERN_SUCCESS);
+  EXPECT_EQ(IOConnectCallStructMethod(connection, 2, nullptr, 0, nullptr, nullptr), KERN_SUCCESS);
+  EXPECT_EQ(IOConnectCallStructMethod(connection, 0, nullptr, 0, nullptr, nullptr),
+            kIOReturnUnsupported);
   EXPECT_EQ(IOServiceClose(connection), KERN_SUCCESS);
   EXPECT_EQ(IOObjectRelease(service), KERN_SUCCESS);
 }

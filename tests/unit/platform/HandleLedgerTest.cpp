@@ -23,6 +23,8 @@ TEST(HandleLedger, BeginsWithNothingTaken) {
   EXPECT_EQ(counts.connectionsClosed, 0U);
   EXPECT_EQ(counts.matchingsMade, 0U);
   EXPECT_EQ(counts.matchingsTaken, 0U);
+  EXPECT_EQ(counts.iteratorsMade, 0U);
+  EXPECT_EQ(counts.iteratorsReleased, 0U);
 }
 
 TEST(HandleLedger, GivesServicesNumbersThatAreNeverZeroOrTheSame) {
@@ -54,6 +56,59 @@ TEST(HandleLedger, RefusesAndDoesNotCountAReleaseOfWhatIsNotOut) {
   EXPECT_TRUE(ledger.releaseService(service));
   EXPECT_FALSE(ledger.releaseService(service));
   EXPECT_EQ(ledger.counts().servicesReleased, 1U);
+}
+
+TEST(HandleLedger, IteratorGivesItsServiceOnce) {
+  HandleLedger ledger;
+  const std::uint32_t iterator = ledger.takeIterator();
+  EXPECT_NE(iterator, 0U);
+  EXPECT_EQ(ledger.counts().servicesFound, 0U);
+  const std::uint32_t service = ledger.takeNextService(iterator);
+  EXPECT_NE(service, 0U);
+  EXPECT_NE(service, iterator);
+  EXPECT_TRUE(ledger.knowsService(service));
+  EXPECT_EQ(ledger.takeNextService(iterator), 0U);
+  EXPECT_EQ(ledger.takeNextService(iterator), 0U);
+  EXPECT_EQ(ledger.counts().servicesFound, 1U);
+}
+
+TEST(HandleLedger, EachIteratorGivesAServiceOfItsOwn) {
+  HandleLedger ledger;
+  const std::uint32_t first = ledger.takeIterator();
+  const std::uint32_t second = ledger.takeIterator();
+  EXPECT_NE(first, second);
+  EXPECT_NE(ledger.takeNextService(second), ledger.takeNextService(first));
+}
+
+TEST(HandleLedger, ServicesAndIteratorsAreNotTakenForEachOther) {
+  HandleLedger ledger;
+  const std::uint32_t iterator = ledger.takeIterator();
+  const std::uint32_t service = ledger.takeService();
+  EXPECT_FALSE(ledger.knowsService(iterator));
+  EXPECT_FALSE(ledger.releaseService(iterator));
+  EXPECT_FALSE(ledger.releaseIterator(service));
+  EXPECT_EQ(ledger.takeNextService(service), 0U);
+}
+
+TEST(HandleLedger, IteratorIsReleasedOnceAndItsServiceStaysOut) {
+  HandleLedger ledger;
+  const std::uint32_t iterator = ledger.takeIterator();
+  const std::uint32_t service = ledger.takeNextService(iterator);
+  EXPECT_TRUE(ledger.releaseIterator(iterator));
+  EXPECT_FALSE(ledger.releaseIterator(iterator));
+  EXPECT_FALSE(ledger.releaseIterator(0));
+  EXPECT_TRUE(ledger.knowsService(service));
+  EXPECT_EQ(ledger.counts().iteratorsMade, 1U);
+  EXPECT_EQ(ledger.counts().iteratorsReleased, 1U);
+}
+
+TEST(HandleLedger, ReleasedIteratorGivesNothingAnyMore) {
+  HandleLedger ledger;
+  const std::uint32_t iterator = ledger.takeIterator();
+  EXPECT_TRUE(ledger.releaseIterator(iterator));
+  EXPECT_EQ(ledger.takeNextService(iterator), 0U);
+  EXPECT_EQ(ledger.takeNextService(0), 0U);
+  EXPECT_EQ(ledger.counts().servicesFound, 0U);
 }
 
 TEST(HandleLedger, CountsEachKindApart) {
