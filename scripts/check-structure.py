@@ -28,6 +28,7 @@ TEST_FOLDERS = {
     "base": "tests/unit/base",
     "platform/machine": "tests/unit/platform",
     "platform/machine/fans": "tests/unit/platform",
+    "platform/machine/foreign": "tests/foreign",
     "platform/machine/remote": "tests/unit/platform",
     "platform/posix": "tests/contract",
     "smc": "tests/unit/smc",
@@ -41,6 +42,7 @@ TEST_FOLDERS = {
 }
 # Sources that tests reach only through a whole program, and which test that is.
 TESTED_THROUGH_PROGRAM = {
+    "platform/machine/foreign/UnchosenMachine.cpp": "tests/foreign/ForeignClientTest.cpp",
     "database/packer/main.cpp": "tests/program/PackerTest.cpp",
     "host/DescriptorsCommand.cpp": "tests/program/DescriptorsTest.cpp",
     "host/Facade.cpp": "tests/program/SensorsTest.cpp",
@@ -140,7 +142,7 @@ def main():
     faults = []
     files = tracked_files()
     for path in files:
-        if not path.endswith((".cpp", ".h", ".mm")):
+        if not path.endswith((".c", ".cpp", ".h", ".mm")):
             continue
         text = (TOP / path).read_text()
         faults += include_faults(path, text)

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "base/AtomicProperty.h"
-#include "platform/machine/BareComputer.h"
 #include "platform/machine/HandleLedger.h"
+#include "platform/machine/UnchosenMachine.h"
 
 namespace halvarin::platform {
 
@@ -23,7 +23,7 @@ const std::shared_ptr<Clock>& computersClock() {
 
 Current choice(std::shared_ptr<Machine> machine, std::shared_ptr<Clock> clock) {
   if (!machine) {
-    machine = std::make_shared<BareComputer>();
+    machine = unchosenMachine();
   }
   if (!clock) {
     clock = computersClock();

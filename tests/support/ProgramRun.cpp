@@ -61,10 +61,6 @@ ProgramRun runProgram(const std::string& path, const std::vector<std::string>& w
           textOf(scratch.file("out")), textOf(scratch.file("err"))};
 }
 
-ProgramRun halvarinRun(const std::vector<std::string>& words) {
-  return runProgram(HALVARIN_PROGRAM, words);
-}
-
 std::string machineFile(const std::string& name) {
   return std::string("file:") + HALVARIN_SOURCE_DIR + "/tests/machines/" + name;
 }
