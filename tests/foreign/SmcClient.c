@@ -19,7 +19,7 @@
 #include <string.h>
 #include <sys/sysctl.h>
 
-#define KERNEL_INDEX_SMC 2
+#define STRUCT_CALL 2
 
 enum { kReadBytes = 5, kWriteBytes = 6, kReadIndex = 8, kReadKeyInfo = 9 };
 
@@ -102,11 +102,11 @@ static kern_return_t call(const KeyData* request, KeyData* reply) {
   size_t replySize = sizeof *reply;
   memset(reply, 0, sizeof *reply);
 #if MAC_OS_X_VERSION_10_5
-  return IOConnectCallStructMethod(connection, KERNEL_INDEX_SMC, request, sizeof *request, reply,
+  return IOConnectCallStructMethod(connection, STRUCT_CALL, request, sizeof *request, reply,
                                    &replySize);
 #else
-  return IOConnectMethodStructureIStructureO(connection, KERNEL_INDEX_SMC, sizeof *request,
-                                             &replySize, request, reply);
+  return IOConnectMethodStructureIStructureO(connection, STRUCT_CALL, sizeof *request, &replySize,
+                                             request, reply);
 #endif
 }
 
