@@ -1,7 +1,9 @@
 #include "host/VerdictText.h"
 
 #include <cmath>
+#include <string_view>
 
+#include "base/LikePattern.h"
 #include "sensors/SensorRecord.h"
 #include "smc/KeyRecord.h"
 
@@ -11,11 +13,23 @@ namespace {
 
 /// Temperature sensors report these whole numbers for what is no temperature: not fitted, not
 /// started, not stable, below what can be measured.
-bool standsForNoReading(const Dictionary& record, double value) {
+bool isSensorCode(double value) {
   constexpr double kLowestCode = -128;
   constexpr double kHighestCode = -124;
-  return record.get(record::kUnit).textView() == "oC" && value >= kLowestCode &&
-         value <= kHighestCode && std::trunc(value) == value;
+  return value >= kLowestCode && value <= kHighestCode && std::trunc(value) == value;
+}
+
+/// The power management chips of machines with Apple chips report this for a place on the board
+/// that has no thermistor.
+bool isPlaceWithoutThermistor(std::string_view key, double value) {
+  constexpr double kOpenInput = -22;
+  return value == kOpenInput && matchesLike(key, "TR?d");
+}
+
+bool standsForNoReading(const Dictionary& record, double value) {
+  return record.get(record::kUnit).textView() == "oC" &&
+         (isSensorCode(value) ||
+          isPlaceWithoutThermistor(record.get(record::kKey).textView(), value));
 }
 
 Verdict outsideVerdict(double value, double low) {

@@ -64,6 +64,20 @@ TEST(VerdictText, TemperatureCodesOfMissingSensorsAreNoReadings) {
   }
 }
 
+TEST(VerdictText, PlaceWithoutAThermistorIsNoReading) {
+  const auto verdict = [](const char* key, const char* value) {
+    const auto record = recordOf({"", 0, value, "-25", "105", true, false, false, ""});
+    record->set("unit", "oC");
+    record->set("key", key);
+    return host::verdictOf(*record, false).text;
+  };
+  EXPECT_EQ(verdict("TR3d", "-22.00"), "no reading");
+  EXPECT_EQ(verdict("TR3d", "-22.01"), "ok");
+  EXPECT_EQ(verdict("TR3d", "22.00"), "ok");
+  EXPECT_EQ(verdict("TR3D", "-22.00"), "ok");
+  EXPECT_EQ(verdict("Tp02", "-22.00"), "ok");
+}
+
 TEST(VerdictText, RecordThatWasNeverDecodedIsNotRead) {
   const auto record = recordOf({"", 0, "", "0", "50", true, false, false, ""});
   record->set("value", 18498);
