@@ -14,18 +14,6 @@ namespace {
 
 constexpr std::size_t kRecordedMachines = 28;
 
-/// The keys of a recording in their order, taken from its text without the library's reader.
-std::vector<std::string> listedKeys(const std::string& model) {
-  std::vector<std::string> keys;
-  std::istringstream text(fileText(dumpPath(model)));
-  for (std::string line; std::getline(text, line);) {
-    if (line.rfind('[', 0) == 0) {
-      keys.push_back(line.substr(1, 4));
-    }
-  }
-  return keys;
-}
-
 class RecordedMachine : public testing::TestWithParam<std::string> {};
 
 TEST_P(RecordedMachine, TableHasExactlyTheListedKeysInIndexOrder) {
@@ -39,7 +27,7 @@ TEST_P(RecordedMachine, TableHasExactlyTheListedKeysInIndexOrder) {
     keys.push_back(each.dictionary()->get("key").text().string());
     EXPECT_EQ(each.dictionary()->get("index"), Value(std::to_string(index++)));
   }
-  EXPECT_EQ(keys, listedKeys(GetParam()));
+  EXPECT_EQ(keys, recordedKeys(GetParam()));
 }
 
 bool isSensorKey(const std::string& key) {

@@ -69,17 +69,6 @@ std::map<std::string, Fact> factsOfIntelKeys() {
   return facts;
 }
 
-std::set<std::string> keysOfRecorded(const std::string& model) {
-  std::set<std::string> keys;
-  std::istringstream text(fileText(dumpPath(model)));
-  for (std::string line; std::getline(text, line);) {
-    if (line.rfind('[', 0) == 0) {
-      keys.insert(line.substr(1, 4));
-    }
-  }
-  return keys;
-}
-
 std::set<std::string> describedKeysOf(const std::string& model) {
   std::set<std::string> keys;
   for (const Sensor& sensor : sensorsOf(model)) {
@@ -99,7 +88,7 @@ TEST(SensorCoverage, DescribesNearlyAllThatARecordedMachineIsKnownToMeasure) {
     std::size_t measured = 0;
     std::string missing;
     std::size_t missed = 0;
-    for (const std::string& key : keysOfRecorded(model)) {
+    for (const std::string& key : recordedKeys(model)) {
       const auto fact = facts.find(key);
       if (!isInDescribedCategory(key) || fact == facts.end() || !fact->second.isMeasured ||
           !fact->second.isFirm) {

@@ -41,6 +41,18 @@ inline std::string fileText(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+/// The keys of a recording in their order, taken from its text without the library's reader.
+inline std::vector<std::string> recordedKeys(const std::string& model) {
+  std::vector<std::string> keys;
+  std::istringstream text(fileText(dumpPath(model)));
+  for (std::string line; std::getline(text, line);) {
+    if (line.rfind('[', 0) == 0) {
+      keys.push_back(line.substr(1, 4));
+    }
+  }
+  return keys;
+}
+
 /// The rows of a tab-separated table, by column name.
 inline std::vector<std::map<std::string, std::string>> tableRows(
     const std::filesystem::path& path) {
