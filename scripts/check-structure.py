@@ -29,6 +29,7 @@ TEST_FOLDERS = {
     "platform/machine": "tests/unit/platform",
     "platform/machine/fans": "tests/unit/platform",
     "platform/machine/foreign": "tests/foreign",
+    "platform/machine/linux": "tests/unit/platform",
     "platform/machine/remote": "tests/unit/platform",
     "platform/posix": "tests/contract",
     "smc": "tests/unit/smc",

@@ -11,7 +11,7 @@ namespace halvarin::platform {
 namespace {
 
 struct Current {
-  std::shared_ptr<Machine> machine;
+  std::shared_ptr<Machine> machine;  // null for the computer itself
   std::shared_ptr<Clock> clock;
 };
 
@@ -22,9 +22,6 @@ const std::shared_ptr<Clock>& computersClock() {
 }
 
 Current choice(std::shared_ptr<Machine> machine, std::shared_ptr<Clock> clock) {
-  if (!machine) {
-    machine = unchosenMachine();
-  }
   if (!clock) {
     clock = computersClock();
   }
@@ -44,7 +41,8 @@ void setMachine(std::shared_ptr<Machine> machine, std::shared_ptr<Clock> clock) 
 }
 
 std::shared_ptr<Machine> currentMachine() {
-  return slot().get().machine;
+  auto machine = slot().get().machine;
+  return machine ? machine : unchosenMachine();
 }
 
 std::shared_ptr<Clock> currentClock() {

@@ -5,7 +5,7 @@
 
 #include <typeinfo>
 
-#include "platform/machine/ThisComputer.h"
+#include "platform/machine/linux/ThisComputer.h"
 
 namespace halvarin::test {
 namespace {

@@ -10,7 +10,7 @@
 #include "base/PrintableText.h"
 #include "platform/machine/BareComputer.h"
 #include "platform/machine/MachineSource.h"
-#include "platform/machine/ThisComputer.h"
+#include "platform/machine/linux/ThisComputer.h"
 
 namespace halvarin::platform {
 
@@ -30,9 +30,7 @@ std::variant<std::shared_ptr<Machine>, std::string> machineOf(std::string_view v
   return opened;
 }
 
-}  // namespace
-
-std::shared_ptr<Machine> unchosenMachine() {
+std::shared_ptr<Machine> namedMachine() {
   const char* value = std::getenv(kVariable);
   if (value == nullptr) {
     return thisComputer();
@@ -44,6 +42,13 @@ std::shared_ptr<Machine> unchosenMachine() {
     return std::make_shared<BareComputer>();
   }
   return std::get<std::shared_ptr<Machine>>(std::move(machine));
+}
+
+}  // namespace
+
+std::shared_ptr<Machine> unchosenMachine() {
+  static const auto* const machine = new std::shared_ptr<Machine>(namedMachine());
+  return *machine;
 }
 
 }  // namespace halvarin::platform

@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "platform/machine/HandleLedger.h"
+#include "platform/machine/linux/DiskTree.h"
+#include "platform/machine/linux/ThisComputer.h"
 #include "tests/support/Machines.h"
 
 namespace halvarin::test {
@@ -30,6 +32,10 @@ std::shared_ptr<Machine> machineOfModel(const std::string& model) {
 
 class CurrentMachine : public ::testing::Test {
  protected:
+  // Not the one that the test runs on, which may have a controller.
+  CurrentMachine() {
+    platform::placeThisComputerIn(std::make_shared<platform::DiskTree>("/nowhere"));
+  }
   ~CurrentMachine() override { setMachine(nullptr); }
 };
 

@@ -1,0 +1,246 @@
+#include "platform/machine/linux/AppleSmcKeys.h"
+
+#include <algorithm>
+#include <bit>
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+#include "platform/machine/fans/FanKeys.h"
+
+namespace halvarin::platform {
+
+namespace {
+
+// The driver does not tell attributes; this one says no more than that a key can be read.
+constexpr std::uint8_t kReadable = 0x80;
+constexpr std::uint32_t kCountBytes = 4;
+
+const FourBytes kCountKey = fourBytes("#KEY");
+const FourBytes kForceBitsKey = fourBytes("FS! ");
+
+std::string cursorPath(FileTree& files, const SmcDriver& driver) {
+  return driverFile(files, driver, "key_at_index");
+}
+
+std::uint32_t number(const FourBytes& code) {
+  return std::bit_cast<std::uint32_t>(code);
+}
+
+DriverAnswer described(const KeyFacts& facts) {
+  DriverAnswer answer;
+  answer.reply.sizeBytes = facts.sizeBytes;
+  answer.reply.type = facts.type;
+  answer.reply.attributes = kReadable;
+  return answer;
+}
+
+DriverAnswer afterFind(int error) {
+  return error == ENOKEY ? refusal(kResultKeyNotFound) : failure(error);
+}
+
+/// The speed that a request writes into a key of this kind.
+std::optional<double> writtenSpeed(const KeyFacts& facts, const ControllerRequest& request) {
+  RecordedKey key;
+  key.type = facts.type;
+  key.sizeBytes = facts.sizeBytes;
+  key.bytes.assign(request.bytes.begin(),
+                   request.bytes.begin() + std::min<std::uint32_t>(facts.sizeBytes, kValueBytes));
+  return heldSpeed(key);
+}
+
+bool canHoldSpeed(const KeyFacts& facts) {
+  RecordedKey key;
+  key.type = facts.type;
+  key.sizeBytes = facts.sizeBytes;
+  return holdsSpeed(key);
+}
+
+}  // namespace
+
+AppleSmcKeys::AppleSmcKeys(std::shared_ptr<FileTree> files, const SmcDriver& driver,
+                           std::shared_ptr<Clock> clock)
+    : files_(std::move(files)),
+      cursor_(files_, cursorPath(*files_, driver), std::move(clock)),
+      directory_(files_, driverFile(*files_, driver, "key_count"), cursor_),
+      fans_(files_, driver) {}
+
+bool AppleSmcKeys::isPresent() {
+  std::uint32_t count = 0;
+  const MachineStatus status = statusOf(directory_.count(count));
+  return status != statusOf(ENODEV);
+}
+
+MachineStatus AppleSmcKeys::access() {
+  return statusOf(cursor_.mayMove());
+}
+
+DriverAnswer AppleSmcKeys::answer(const ControllerRequest& request) {
+  switch (static_cast<Command>(request.command)) {
+    case Command::read:
+      return read(request);
+    case Command::write:
+      return write(request);
+    case Command::keyByIndex:
+      return keyByIndex(request.index);
+    case Command::keyInfo:
+      return keyInfo(request.key);
+  }
+  return refusal(kResultBadCommand);
+}
+
+DriverAnswer AppleSmcKeys::keyByIndex(std::uint32_t index) {
+  KeyFacts facts;
+  if (const int error = directory_.at(index, facts)) {
+    return error == EINVAL ? refusal(kResultIndexOutOfRange) : failure(error);
+  }
+  DriverAnswer answer;
+  answer.reply.key = facts.code;
+  return answer;
+}
+
+DriverAnswer AppleSmcKeys::keyInfo(const FourBytes& code) {
+  if (code == kCountKey) {
+    return described({code, fourBytes("ui32"), kCountBytes});
+  }
+  KeyDirectory::Entry entry;
+  const int error = directory_.find(code, entry);
+  return error == 0 ? described(entry.facts) : afterFind(error);
+}
+
+DriverAnswer AppleSmcKeys::read(const ControllerRequest& request) {
+  if (request.key == kCountKey) {
+    return readCount(request.sizeBytes);
+  }
+  KeyDirectory::Entry entry;
+  if (const int error = directory_.find(request.key, entry)) {
+    return afterFind(error);
+  }
+  if (isRefused(request.key)) {
+    return refusal(kResultNotReadable);
+  }
+  const bool fits =
+      request.sizeBytes == entry.facts.sizeBytes && entry.facts.sizeBytes <= kValueBytes;
+  return fits ? readEntry(entry) : refusal(kResultSizeMismatch);
+}
+
+/// The number of keys as the driver counts them: its indices end there.
+DriverAnswer AppleSmcKeys::readCount(std::uint32_t sizeBytes) {
+  std::uint32_t count = 0;
+  if (const int error = directory_.count(count)) {
+    return failure(error);
+  }
+  if (sizeBytes != kCountBytes) {
+    return refusal(kResultSizeMismatch);
+  }
+  DriverAnswer answer;
+  for (std::uint32_t i = 0; i < kCountBytes; ++i) {
+    answer.reply.bytes[i] = static_cast<std::uint8_t>(count >> (8 * (kCountBytes - 1 - i)));
+  }
+  return answer;
+}
+
+DriverAnswer AppleSmcKeys::readEntry(const KeyDirectory::Entry& entry) {
+  std::string bytes;
+  const int error = cursor_.readValue(entry.index, entry.facts.code, bytes);
+  if (error == EIO) {
+    return afterNoValue(entry);
+  }
+  if (error != 0 || bytes.size() != entry.facts.sizeBytes) {
+    return failure(error != 0 ? error : EBADMSG);
+  }
+  {
+    const MutexLock lock(mutex_);
+    answered_.insert(number(entry.facts.code));
+    last_ = entry;
+  }
+  DriverAnswer answer;
+  std::copy(bytes.begin(), bytes.end(), answer.reply.bytes.begin());
+  return answer;
+}
+
+/// A key that has never given a value, while another does, is one that the controller does not let
+/// be read. Each further try would hold up everybody for a quarter of a second.
+DriverAnswer AppleSmcKeys::afterNoValue(const KeyDirectory::Entry& entry) {
+  const FourBytes& code = entry.facts.code;
+  {
+    const MutexLock lock(mutex_);
+    if (answered_.contains(number(code))) {
+      return failure(EIO);
+    }
+  }
+  if (!anotherAnswers(code)) {
+    return failure(EIO);
+  }
+  const MutexLock lock(mutex_);
+  refused_.insert(number(code));
+  return refusal(kResultNotReadable);
+}
+
+bool AppleSmcKeys::anotherAnswers(const FourBytes& code) {
+  std::optional<KeyDirectory::Entry> other;
+  {
+    const MutexLock lock(mutex_);
+    other = last_;
+  }
+  KeyDirectory::Entry count;
+  if (!other && code != kCountKey && directory_.find(kCountKey, count) == 0) {
+    other = count;
+  }
+  std::string bytes;
+  return other && cursor_.readValue(other->index, other->facts.code, bytes) == 0;
+}
+
+bool AppleSmcKeys::isRefused(const FourBytes& code) {
+  const MutexLock lock(mutex_);
+  return refused_.contains(number(code));
+}
+
+DriverAnswer AppleSmcKeys::write(const ControllerRequest& request) {
+  const auto name = fanKeyName(request.key);
+  if (!name && request.key != kForceBitsKey) {
+    return refusal(kResultNotWritable);
+  }
+  KeyDirectory::Entry entry;
+  if (const int error = directory_.find(request.key, entry)) {
+    return afterFind(error);
+  }
+  if (request.sizeBytes != entry.facts.sizeBytes) {
+    return refusal(kResultSizeMismatch);
+  }
+  if (name) {
+    return writeFan(*name, entry.facts, request);
+  }
+  constexpr std::uint32_t kForceBitsBytes = 2;
+  return request.sizeBytes == kForceBitsBytes
+             ? writeAnswer(fans_.setForceBits(request.bytes[0] * 256U + request.bytes[1]))
+             : refusal(kResultNotWritable);
+}
+
+DriverAnswer AppleSmcKeys::writeFan(const FanKeyName& name, const KeyFacts& facts,
+                                    const ControllerRequest& request) {
+  if (name.isOf("Tg") || name.isOf("Mn")) {
+    return writeSpeed(name, facts, request);
+  }
+  if (!name.isOf("Md") || facts.sizeBytes != 1) {
+    return refusal(kResultNotWritable);
+  }
+  constexpr std::uint8_t kForced = 1;
+  const std::uint8_t mode = request.bytes[0];
+  return writeAnswer(mode > kForced ? EINVAL : fans_.setForced(name.fan, mode == kForced));
+}
+
+DriverAnswer AppleSmcKeys::writeSpeed(const FanKeyName& name, const KeyFacts& facts,
+                                      const ControllerRequest& request) {
+  if (!canHoldSpeed(facts)) {
+    return refusal(kResultNotWritable);
+  }
+  const auto rpm = writtenSpeed(facts, request);
+  if (!rpm) {
+    return refusal(kResultBadArgument);
+  }
+  return writeAnswer(name.isOf("Tg") ? fans_.setTarget(name.fan, *rpm)
+                                     : fans_.setMinimum(name.fan, *rpm));
+}
+
+}  // namespace halvarin::platform

@@ -1,0 +1,149 @@
+#include "platform/machine/linux/FanFiles.h"
+
+#include <cerrno>
+#include <cmath>
+#include <vector>
+
+#include "platform/machine/linux/AttributeName.h"
+
+namespace halvarin::platform {
+
+namespace {
+
+constexpr std::uint32_t kMostForceBits = 16;
+constexpr double kFirstSpeedTooHigh = 16384;  // the controller's fans count in 14 bits
+
+bool isOlder(std::string_view name) {
+  return attributeNumber(name, "fan", "_output").has_value() ||
+         attributeNumber(name, "fan", "_manual").has_value();
+}
+
+bool isNewer(std::string_view name) {
+  return attributeNumber(name, "fan", "_target").has_value() ||
+         attributeNumber(name, "pwm", "_enable").has_value();
+}
+
+/// Does the same with all of them, also after an error: one fan that cannot be written keeps none
+/// of the others forced. Returns the first error.
+template <typename Item, typename Action>
+int firstError(const std::vector<Item>& items, Action action) {
+  int first = 0;
+  for (const Item& item : items) {
+    const int error = action(item);
+    first = first == 0 ? error : first;
+  }
+  return first;
+}
+
+}  // namespace
+
+FanFiles::FanFiles(std::shared_ptr<FileTree> files, SmcDriver driver)
+    : files_(std::move(files)), driver_(std::move(driver)) {}
+
+int FanFiles::setTarget(std::uint32_t fan, double rpm) {
+  switch (family()) {
+    case Family::older:
+      return setSpeed(fanFile(fan, "_output"), rpm);
+    case Family::newer:
+      return setSpeed(fanFile(fan, "_target"), rpm);
+    default:
+      return ENOTSUP;
+  }
+}
+
+int FanFiles::setMinimum(std::uint32_t fan, double rpm) {
+  const bool isKnown = family() == Family::older || family() == Family::newer;
+  return isKnown ? setSpeed(fanFile(fan, "_min"), rpm) : ENOTSUP;
+}
+
+int FanFiles::setForced(std::uint32_t fan, bool forced) {
+  const ModeFile file = modeFile(family(), fan);
+  return file.path.empty() ? ENOTSUP : writeMode(file, forced);
+}
+
+int FanFiles::setForceBits(std::uint32_t bits) {
+  const Family known = family();
+  if (known != Family::older && known != Family::newer) {
+    return ENOTSUP;
+  }
+  std::vector<ModeFile> toForce;
+  std::vector<ModeFile> toHandBack;
+  std::vector<ModeFile> toKeep;
+  for (std::uint32_t fan = 0; fan < kMostForceBits; ++fan) {
+    const bool forced = ((bits >> fan) & 1U) != 0;
+    const ModeFile file = modeFile(known, fan);
+    if (file.path.empty() && forced) {
+      return ENOTSUP;
+    }
+    if (!file.path.empty()) {
+      const bool isSo = lineOf(*files_, file.path) == (forced ? file.forced : file.automatic);
+      (isSo ? toKeep : forced ? toForce : toHandBack).push_back(file);
+    }
+  }
+  if (toForce.empty() && toHandBack.empty()) {
+    return firstError(toKeep, [this](const ModeFile& file) { return files_->mayWrite(file.path); });
+  }
+  const int handedBack =
+      firstError(toHandBack, [this](const ModeFile& file) { return writeMode(file, false); });
+  const int forced =
+      firstError(toForce, [this](const ModeFile& file) { return writeMode(file, true); });
+  return handedBack != 0 ? handedBack : forced;
+}
+
+FanFiles::Family FanFiles::family() const {
+  bool older = false;
+  bool newer = false;
+  for (const std::string& folder : {driver_.hwmonFolder, driver_.deviceFolder}) {
+    const std::vector<std::string> names =
+        folder.empty() ? std::vector<std::string>() : files_->list(folder);
+    for (const std::string& name : names) {
+      older = older || isOlder(name);
+      newer = newer || isNewer(name);
+    }
+  }
+  if (older && newer) {
+    return Family::both;
+  }
+  return older ? Family::older : newer ? Family::newer : Family::none;
+}
+
+FanFiles::ModeFile FanFiles::modeFile(Family family, std::uint32_t fan) const {
+  switch (family) {
+    case Family::older:
+      return {fanFile(fan, "_manual"), "1", "0"};
+    case Family::newer:
+      return {driverFile(*files_, driver_, "pwm" + std::to_string(fan + 1) + "_enable"), "1", "2"};
+    default:
+      return {};
+  }
+}
+
+std::string FanFiles::fanFile(std::uint32_t fan, std::string_view ending) const {
+  return driverFile(*files_, driver_, "fan" + std::to_string(fan + 1) + std::string(ending));
+}
+
+int FanFiles::setSpeed(const std::string& path, double rpm) const {
+  if (path.empty()) {
+    return ENOTSUP;
+  }
+  const double whole = std::trunc(rpm);
+  const bool isSpeed = whole >= 0 && whole < kFirstSpeedTooHigh;  // false of what is no number
+  return isSpeed ? writeAndRead(path, std::to_string(static_cast<int>(whole))) : EINVAL;
+}
+
+int FanFiles::writeMode(const ModeFile& file, bool forced) const {
+  return writeAndRead(file.path, forced ? file.forced : file.automatic);
+}
+
+int FanFiles::writeAndRead(const std::string& path, std::string_view text) const {
+  if (const int error = files_->write(path, text)) {
+    return error;
+  }
+  const auto shown = lineOf(*files_, path);
+  if (!shown) {
+    return EIO;
+  }
+  return *shown == text ? 0 : EREMOTEIO;
+}
+
+}  // namespace halvarin::platform

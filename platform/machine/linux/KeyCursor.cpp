@@ -1,0 +1,173 @@
+#include "platform/machine/linux/KeyCursor.h"
+
+#include <cerrno>
+#include <chrono>
+#include <optional>
+#include <utility>
+
+#include "base/NumberText.h"
+#include "base/ScopeGuard.h"
+
+namespace halvarin::platform {
+
+namespace {
+
+using std::chrono::microseconds;
+
+// Others hold the cursor for a millisecond or two: as long as the controller takes for a key. The
+// pauses grow, so that two who meet do not go on in step; all of them take 0.1 s together.
+constexpr int kMostLooks = 20;
+constexpr microseconds kPauseStep(500);
+// Whoever does not let the lock go within this time has stopped. A look shows when it was
+// disturbed, so the lock is a courtesy that it can do without.
+constexpr int kMostLockTries = 10;
+constexpr microseconds kLockPause(500);
+// Without a witness a look counts when others, taken after it, show the same.
+constexpr int kBlindLooks = 3;
+
+constexpr std::size_t kMostBytes = 256;  // one more than any of these files holds
+
+std::string_view withoutLineEnd(std::string_view text) {
+  return !text.empty() && text.back() == '\n' ? text.substr(0, text.size() - 1) : text;
+}
+
+/// The driver writes a code up to its first zero byte.
+std::optional<FourBytes> codeOf(const FileContent& content) {
+  const std::string_view text = withoutLineEnd(content.bytes);
+  return text.empty() || text.size() > 4 ? std::nullopt : std::optional(fourBytes(text));
+}
+
+}  // namespace
+
+KeyCursor::KeyCursor(std::shared_ptr<FileTree> files, std::string path,
+                     std::shared_ptr<Clock> clock)
+    : files_(std::move(files)), path_(std::move(path)), clock_(std::move(clock)) {}
+
+int KeyCursor::mayMove() {
+  const MutexLock lock(mutex_);
+  return openFile();
+}
+
+int KeyCursor::describe(std::uint32_t index, KeyFacts& facts) {
+  Sight sight;
+  if (const int error = visit(index, {"_type", "_data_length"}, sight)) {
+    return error;
+  }
+  for (const FileContent& each : {sight.name, sight.facts[0], sight.facts[1]}) {
+    if (each.error != 0) {
+      return each.error;
+    }
+  }
+  const auto code = codeOf(sight.name);
+  const auto type = codeOf(sight.facts[0]);
+  const auto size = wholeNumber(withoutLineEnd(sight.facts[1].bytes));
+  if (!code || !type || !size || *size >= kMostBytes) {
+    return EBADMSG;
+  }
+  facts = {*code, *type, static_cast<std::uint32_t>(*size)};
+  return 0;
+}
+
+int KeyCursor::readValue(std::uint32_t index, const FourBytes& code, std::string& bytes) {
+  Sight sight;
+  if (const int error = visit(index, {"_data"}, sight)) {
+    return error;
+  }
+  if (sight.name.error != 0 || codeOf(sight.name) != code) {
+    return EBADMSG;  // another driver than the one that was asked before
+  }
+  FileContent& data = sight.facts[0];
+  bytes = std::move(data.bytes);
+  return data.error;
+}
+
+int KeyCursor::visit(std::uint32_t index, const std::vector<std::string_view>& facts,
+                     Sight& sight) {
+  const MutexLock lock(mutex_);
+  if (const int error = openFile()) {
+    return error;
+  }
+  int error = EBUSY;
+  for (int looks = 0; looks < kMostLooks && error == EBUSY; ++looks) {
+    if (looks > 0) {
+      clock_->sleepFor(looks * kPauseStep);
+    }
+    const bool isLocked = lockFile();
+    error = lookSurely(index, facts, sight);
+    if (isLocked) {
+      file_->unlock();
+    }
+  }
+  if (error != 0 && error != EBUSY && error != EINVAL) {
+    file_ = nullptr;  // a driver that is loaded again has another file under this name
+  }
+  return error;
+}
+
+int KeyCursor::openFile() {
+  if (path_.empty()) {
+    return ENODEV;
+  }
+  int error = 0;
+  if (!file_) {
+    file_ = files_->openCursor(path_, error);
+  }
+  return error;
+}
+
+bool KeyCursor::lockFile() {
+  for (int tries = 0; tries < kMostLockTries; ++tries) {
+    if (file_->tryLock()) {
+      return true;
+    }
+    clock_->sleepFor(kLockPause);
+  }
+  return false;
+}
+
+/// A look that was certainly at this key; EBUSY when it may have been at another.
+int KeyCursor::lookSurely(std::uint32_t index, const std::vector<std::string_view>& facts,
+                          Sight& sight) {
+  auto witness = CursorFile::Witness::blind;
+  if (const int error = look(index, facts, sight, witness)) {
+    return error;
+  }
+  for (int looks = 1; witness == CursorFile::Witness::blind && looks < kBlindLooks; ++looks) {
+    Sight again;
+    if (const int error = look(index, facts, again, witness)) {
+      return error;
+    }
+    if (again != sight) {
+      return EBUSY;
+    }
+  }
+  return witness == CursorFile::Witness::disturbed ? EBUSY : 0;
+}
+
+/// One look; EBUSY when the cursor was elsewhere before its end.
+int KeyCursor::look(std::uint32_t index, const std::vector<std::string_view>& facts, Sight& sight,
+                    CursorFile::Witness& witness) {
+  const std::string place = std::to_string(index);
+  if (const int error = file_->set(place)) {
+    return error;
+  }
+  const auto isHere = [&] {
+    return withoutLineEnd(files_->read(path_, kMostBytes).bytes) == place;
+  };
+  const bool wasHere = isHere();
+  sight.name = beside("_name");
+  sight.facts.clear();
+  for (const std::string_view fact : facts) {
+    sight.facts.push_back(beside(fact));
+  }
+  const bool hasName = beside("_name") == sight.name;
+  const bool isStillHere = isHere();
+  witness = file_->witness();
+  return wasHere && hasName && isStillHere ? 0 : EBUSY;
+}
+
+FileContent KeyCursor::beside(std::string_view ending) const {
+  return files_->read(path_ + std::string(ending), kMostBytes);
+}
+
+}  // namespace halvarin::platform

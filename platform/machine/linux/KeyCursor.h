@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/Mutex.h"
+#include "platform/Clock.h"
+#include "platform/machine/MachineFile.h"
+#include "platform/machine/linux/FileTree.h"
+
+namespace halvarin::platform {
+
+/// What the driver says of the key at an index.
+struct KeyFacts {
+  FourBytes code{};
+  FourBytes type{};
+  std::uint32_t sizeBytes = 0;  // 0 to 255
+};
+
+/// Reads keys through the driver's one cursor, which every process moves as it likes. What is
+/// returned belongs to the key that was asked for: a reading that may have been another's is taken
+/// again, a bounded number of times, and is an error in the end. Errors are the system's; EBUSY is
+/// a reading that could not be had to itself. Any thread.
+class KeyCursor {
+ public:
+  /// The cursor is the file `path`; what it points at are the files whose names begin with it.
+  /// "" for a driver that has no cursor.
+  KeyCursor(std::shared_ptr<FileTree> files, std::string path, std::shared_ptr<Clock> clock);
+
+  /// 0 when this process may move the cursor.
+  [[nodiscard]] int mayMove();
+
+  /// EINVAL for an index that the driver does not have.
+  [[nodiscard]] int describe(std::uint32_t index, KeyFacts& facts);
+
+  /// The value of the key that was found at this index: at most 255 bytes. EIO when the controller
+  /// did not give it.
+  [[nodiscard]] int readValue(std::uint32_t index, const FourBytes& code, std::string& bytes);
+
+ private:
+  /// What one look at the key under the cursor has shown.
+  struct Sight {
+    FileContent name;
+    std::vector<FileContent> facts;
+    friend bool operator==(const Sight&, const Sight&) = default;
+  };
+
+  [[nodiscard]] int visit(std::uint32_t index, const std::vector<std::string_view>& facts,
+                          Sight& sight);
+  [[nodiscard]] int openFile() HALVARIN_REQUIRES(mutex_);
+  [[nodiscard]] bool lockFile() HALVARIN_REQUIRES(mutex_);
+  [[nodiscard]] int lookSurely(std::uint32_t index, const std::vector<std::string_view>& facts,
+                               Sight& sight) HALVARIN_REQUIRES(mutex_);
+  [[nodiscard]] int look(std::uint32_t index, const std::vector<std::string_view>& facts,
+                         Sight& sight, CursorFile::Witness& witness) HALVARIN_REQUIRES(mutex_);
+  [[nodiscard]] FileContent beside(std::string_view ending) const;
+
+  const std::shared_ptr<FileTree> files_;
+  const std::string path_;
+  const std::shared_ptr<Clock> clock_;
+  Mutex mutex_;
+  std::unique_ptr<CursorFile> file_ HALVARIN_GUARDED_BY(mutex_);  // null: not open yet
+};
+
+}  // namespace halvarin::platform

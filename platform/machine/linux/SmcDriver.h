@@ -1,0 +1,35 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/machine/linux/FileTree.h"
+
+namespace halvarin::platform {
+
+/// A kernel driver of the controller, as it is found among the system's hardware monitors.
+struct SmcDriver {
+  enum class Kind {
+    applesmc,     // Intel Macs: every key, and the fans
+    macsmcHwmon,  // Apple silicon: chosen sensors and the fans, already in units
+  };
+  Kind kind = Kind::applesmc;
+  std::string hwmonFolder;   // "/sys/class/hwmon/hwmon3"
+  std::string deviceFolder;  // the device behind it, "/sys/devices/platform/applesmc.768"; or ""
+};
+
+/// Finds the driver by the name that it states, wherever the kernel has put it; absent when it is
+/// not loaded. Of two drivers the one with all keys is taken.
+[[nodiscard]] std::optional<SmcDriver> findSmcDriver(FileTree& files);
+
+/// The path of one of the driver's files, "" when it has no such file. Which of the two folders
+/// holds what has changed over the kernel's versions.
+[[nodiscard]] std::string driverFile(FileTree& files, const SmcDriver& driver,
+                                     std::string_view name);
+
+/// The one line that a file holds, without its line end; absent when it cannot be read or is too
+/// long for a line of the kernel's.
+[[nodiscard]] std::optional<std::string> lineOf(FileTree& files, const std::string& path);
+
+}  // namespace halvarin::platform

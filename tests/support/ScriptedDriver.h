@@ -1,0 +1,92 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/machine/MachineFile.h"
+#include "platform/machine/linux/DiskTree.h"
+#include "platform/machine/linux/FileTree.h"
+
+namespace halvarin::test {
+
+/// What a driver is like.
+struct DriverScript {
+  enum class Names { older, newer, both };
+  Names names = Names::older;           // of the fans' files, and where they lie
+  std::chrono::microseconds latency{};  // of a value
+  std::set<std::string> denied;         // files that may not be written
+  bool isBlind = false;                 // the system tells nothing of others' writes
+};
+
+/// The kernel's driver "applesmc" as its files behave: one cursor for all processes, values that
+/// are refused, fans that take commands. Everything else in its tree lies on the disk. All who open
+/// the same folder, in whatever process, share one driver.
+class ScriptedDriver : public platform::FileTree {
+ public:
+  static constexpr const char* kMonitor = "/sys/class/hwmon/hwmon3";
+  static constexpr const char* kDevice = "/sys/devices/platform/applesmc.768";
+
+  /// Makes a driver for a machine in a folder. Keys that the machine does not let be read give EIO.
+  static void layOut(const std::filesystem::path& folder, platform::RecordedMachine machine,
+                     const DriverScript& script = {});
+  /// Whether a folder holds one.
+  [[nodiscard]] static bool isIn(const std::filesystem::path& folder);
+
+  explicit ScriptedDriver(const std::filesystem::path& folder);
+  ~ScriptedDriver() override;
+  ScriptedDriver(const ScriptedDriver&) = delete;
+  ScriptedDriver& operator=(const ScriptedDriver&) = delete;
+
+  /// What was written to the fans' files so far, by any process: "fan1_manual 1" and so on.
+  [[nodiscard]] std::vector<std::string> writes() const;
+  [[nodiscard]] std::uint64_t valuesRead() const;
+  /// Moves the cursor as a program does that knows nothing of locks.
+  void moveCursor(std::uint32_t index);
+  /// From now on no key gives a value; or all of them again.
+  void setSilent(bool silent);
+  /// What the controller itself does to a fan.
+  void setForced(std::uint32_t fan, bool forced);
+  [[nodiscard]] const platform::RecordedMachine& machine() const { return machine_; }
+
+  [[nodiscard]] platform::FileContent read(const std::string& path, std::size_t most) override;
+  [[nodiscard]] int write(const std::string& path, std::string_view text) override;
+  [[nodiscard]] int mayWrite(const std::string& path) override;
+  [[nodiscard]] std::vector<std::string> list(const std::string& path) override;
+  [[nodiscard]] std::string resolve(const std::string& path) override;
+  [[nodiscard]] std::unique_ptr<platform::CursorFile> openCursor(const std::string& path,
+                                                                 int& error) override;
+
+ private:
+  struct State;
+  class Cursor;
+  struct FanFile {
+    std::uint32_t fan = 0;
+    std::string what;  // "_manual"
+    std::string name;  // "fan1_manual"
+  };
+
+  void addFanFile(std::uint32_t fan, const std::string& begin, const std::string& what);
+  void addFanFiles();
+  [[nodiscard]] const FanFile* fanFileAt(const std::string& path) const;
+  [[nodiscard]] platform::FileContent keyFile(std::string_view name) const;
+  [[nodiscard]] platform::FileContent fanFile(const FanFile& file) const;
+  [[nodiscard]] std::vector<std::uint8_t> valueOf(const platform::RecordedKey& key) const;
+  [[nodiscard]] const platform::RecordedKey* keyOf(std::uint32_t fan, std::string_view what) const;
+  [[nodiscard]] double speedOf(std::uint32_t fan, std::string_view what) const;
+
+  const std::filesystem::path folder_;
+  platform::RecordedMachine machine_;
+  DriverScript script_;
+  platform::DiskTree disk_;
+  State* state_;
+  std::map<std::string, FanFile> fanFiles_;  // by path
+};
+
+}  // namespace halvarin::test

@@ -1,0 +1,132 @@
+// The keys by which fans are commanded, down to the driver's files.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "platform/machine/linux/AppleSmcKeys.h"
+#include "tests/support/FanMachines.h"
+#include "tests/unit/platform/DriverBench.h"
+
+namespace halvarin::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Names = DriverScript::Names;
+
+constexpr std::uint8_t kNotWritable = 0x86;
+constexpr std::uint8_t kBadArgument = 0x89;
+
+/// Fans with float targets and upper-case mode keys, as machines with a second processor have.
+platform::RecordedMachine floatFans() {
+  const Bytes speed{0, 0, 0x96, 0x44};  // 1200
+  return machineWith({key("F0Ac", "flt ", speed), key("F0Md", "ui8 ", {0}),
+                      key("F0Mn", "flt ", speed), key("F0Tg", "flt ", speed),
+                      key("FNum", "ui8 ", {1})});
+}
+
+class SmcFans : public testing::Test {
+ protected:
+  explicit SmcFans(Names names = Names::older)
+      : bench_(fanMachine(FanStyle::forceBits), {names, {}, {}, false}), keys_(bench_.newKeys()) {}
+
+  std::uint8_t write(std::string_view code, const Bytes& bytes) {
+    const platform::DriverAnswer answer = writeOf(*keys_, code, bytes);
+    EXPECT_EQ(answer.status, 0);
+    return answer.reply.result;
+  }
+  std::vector<std::string> writes() { return bench_.driver()->writes(); }
+
+  const DriverBench bench_;
+  const std::unique_ptr<platform::AppleSmcKeys> keys_;
+};
+
+TEST_F(SmcFans, AreForcedAndHandedBackByTheirBits) {
+  EXPECT_EQ(write("FS! ", {0, 2}), 0);
+  EXPECT_EQ(bytesOf(readOf(*keys_, "FS! ", 2), 2), (Bytes{0, 2}));
+  EXPECT_EQ(write("F1Tg", {0x27, 0x10}), 0);
+  EXPECT_EQ(bytesOf(readOf(*keys_, "F1Tg", 2), 2), (Bytes{0x27, 0x10}));
+  EXPECT_EQ(write("FS! ", {0, 0}), 0);
+  EXPECT_THAT(writes(), ElementsAre("fan2_manual 1", "fan2_output 2500", "fan2_manual 0"));
+}
+
+TEST_F(SmcFans, TakeALeastSpeed) {
+  EXPECT_EQ(write("F0Mn", {0x12, 0xC0}), 0);
+  EXPECT_THAT(writes(), ElementsAre("fan1_min 1200"));
+}
+
+TEST_F(SmcFans, RefuseWhatTheDriverCannotWrite) {
+  EXPECT_EQ(write("F0Ac", {0, 0}), kNotWritable);
+  EXPECT_EQ(write("F0Mx", {0, 0}), kNotWritable);
+  EXPECT_EQ(write("FNum", {1}), kNotWritable);
+  EXPECT_EQ(write("TC0P", {0, 0}), kNotWritable);
+  EXPECT_EQ(write("ABCD", {0, 0}), kNotWritable);
+  EXPECT_EQ(write("#KEY", {0, 0, 0, 0}), kNotWritable);
+  EXPECT_THAT(writes(), IsEmpty());
+}
+
+TEST_F(SmcFans, RefuseASizeOrAFanThatIsNotThere) {
+  EXPECT_EQ(write("FS! ", {0}), 0x87);
+  EXPECT_EQ(write("F0Tg", {0, 0, 0, 0}), 0x87);
+  EXPECT_EQ(write("F0Md", {1}), 0x84);
+  EXPECT_EQ(write("F2Tg", {0x27, 0x10}), 0x84);
+  EXPECT_EQ(write("FS! ", {0, 4}), kNotWritable);
+  EXPECT_THAT(writes(), IsEmpty());
+}
+
+TEST(SmcFloatFans, AreForcedByTheirModeKeys) {
+  const DriverBench bench(floatFans());
+  const auto keys = bench.newKeys();
+  EXPECT_EQ(writeOf(*keys, "F0Md", {1}).reply.result, 0);
+  EXPECT_EQ(writeOf(*keys, "F0Tg", {0x00, 0x40, 0x1C, 0x45}).reply.result, 0);  // 2500
+  EXPECT_EQ(bytesOf(readOf(*keys, "F0Tg", 4), 4), (Bytes{0x00, 0x40, 0x1C, 0x45}));
+  EXPECT_EQ(bytesOf(readOf(*keys, "F0Md", 1), 1), (Bytes{1}));
+  EXPECT_EQ(writeOf(*keys, "F0Md", {0}).reply.result, 0);
+  EXPECT_EQ(writeOf(*keys, "F0Md", {0}).reply.result, 0);
+  EXPECT_THAT(bench.driver()->writes(),
+              ElementsAre("fan1_manual 1", "fan1_output 2500", "fan1_manual 0", "fan1_manual 0"));
+}
+
+TEST(SmcFloatFans, TakeNoModesAndSpeedsThatTheDriverDoesNotKnow) {
+  const DriverBench bench(floatFans());
+  const auto keys = bench.newKeys();
+  EXPECT_EQ(writeOf(*keys, "F0Md", {2}).reply.result, kBadArgument);
+  EXPECT_EQ(writeOf(*keys, "F0Md", {0xFF}).reply.result, kBadArgument);
+  EXPECT_EQ(writeOf(*keys, "F0Tg", {0, 0, 0xC0, 0x7F}).reply.result, kBadArgument);  // nan
+  EXPECT_EQ(writeOf(*keys, "F0Tg", {0, 0, 0x80, 0x46}).reply.result, kBadArgument);  // 16384
+  EXPECT_EQ(writeOf(*keys, "F0Tg", {0, 0, 0x80, 0xBF}).reply.result, kBadArgument);  // -1
+  EXPECT_THAT(bench.driver()->writes(), IsEmpty());
+}
+
+TEST(SmcFansOfNewerKernels, AreWrittenUnderTheirNames) {
+  const DriverBench bench(fanMachine(FanStyle::forceBits), {Names::newer, {}, {}, false});
+  const auto keys = bench.newKeys();
+  EXPECT_EQ(writeOf(*keys, "FS! ", {0, 1}).reply.result, 0);
+  EXPECT_EQ(writeOf(*keys, "F0Tg", {0x27, 0x10}).reply.result, 0);
+  EXPECT_EQ(writeOf(*keys, "FS! ", {0, 0}).reply.result, 0);
+  EXPECT_THAT(bench.driver()->writes(),
+              ElementsAre("pwm1_enable 1", "fan1_target 2500", "pwm1_enable 2"));
+}
+
+TEST(SmcFansOfADoubtfulDriver, AreLeftAlone) {
+  const DriverBench bench(fanMachine(FanStyle::forceBits), {Names::both, {}, {}, false});
+  const auto keys = bench.newKeys();
+  EXPECT_EQ(writeOf(*keys, "FS! ", {0, 1}).reply.result, kNotWritable);
+  EXPECT_EQ(writeOf(*keys, "F0Tg", {0x27, 0x10}).reply.result, kNotWritable);
+  EXPECT_THAT(bench.driver()->writes(), IsEmpty());
+}
+
+TEST(SmcFansWithoutRights, AreNotPrivileged) {
+  const DriverBench bench(fanMachine(FanStyle::forceBits),
+                          {Names::older, {}, {"fan1_manual", "fan1_output"}, false});
+  const auto keys = bench.newKeys();
+  constexpr auto kNotPrivileged = static_cast<platform::MachineStatus>(0xE00002C1);
+  EXPECT_EQ(writeOf(*keys, "FS! ", {0, 1}).status, kNotPrivileged);
+  EXPECT_EQ(writeOf(*keys, "F0Tg", {0x27, 0x10}).status, kNotPrivileged);
+}
+
+}  // namespace
+}  // namespace halvarin::test
