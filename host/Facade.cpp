@@ -1,14 +1,16 @@
 #include "host/Facade.h"
 
+#include <IOKit/IOKitLib.h>
+
 #include <algorithm>
 #include <iostream>
 
 #include "base/Array.h"
 #include "base/PrintableText.h"
+#include "base/ScopeGuard.h"
 #include "host/Exit.h"
 #include "host/MachineChoice.h"
 #include "smc/KeyRecord.h"
-#include "smc/QXSMCInterface.h"
 
 namespace halvarin::host {
 
@@ -21,12 +23,30 @@ std::shared_ptr<QXHalvarin> openDatabase() {
   return facade;
 }
 
+void requireAccess(const QXSMCInterface& smc, const Options& options) {
+  const DictionaryRef keys = smc.keyDict();
+  if (keys && keys->count() > 0) {
+    return;
+  }
+  const io_service_t service =
+      IOServiceGetMatchingService(kIOMainPortDefault, IOServiceMatching("AppleSMC"));
+  const ScopeGuard releaseService([service] { IOObjectRelease(service); });
+  io_connect_t connection = 0;
+  const kern_return_t status = IOServiceOpen(service, mach_task_self(), 0, &connection);
+  if (status == KERN_SUCCESS) {
+    IOServiceClose(connection);
+  } else if (exitFor(status) == Exit::notPermitted) {
+    refuseUnopened(options, status);
+  }
+}
+
 std::shared_ptr<QXHalvarin> openFacade(const Options& options) {
   chooseMachine(options);
   auto facade = openDatabase();
   if (!QXSMCInterface::sharedSMC()) {
     refuseWithoutController(options);
   }
+  requireAccess(*QXSMCInterface::sharedSMC(), options);
   if (!facade->sensorDict()) {
     std::cerr << "halvarin: the sensor database does not know the model \""
               << printable(facade->machineModel())

@@ -4,6 +4,7 @@
 
 #include "host/Options.h"
 #include "sensors/QXHalvarin.h"
+#include "smc/QXSMCInterface.h"
 
 namespace halvarin::host {
 
@@ -11,8 +12,13 @@ namespace halvarin::host {
 /// it cannot be read.
 [[nodiscard]] std::shared_ptr<QXHalvarin> openDatabase();
 
-/// Chooses the machine and starts the library on it. Throws ExitError when there is no controller
-/// or no sensor database. Says on standard error when the database does not know the model.
+/// Throws ExitError when the system does not let this user ask the controller for its keys. The
+/// library, whose connection is refused then, only sees a controller that lists none.
+void requireAccess(const QXSMCInterface& smc, const Options& options);
+
+/// Chooses the machine and starts the library on it. Throws ExitError when there is no controller,
+/// none that this user may ask, or no sensor database. Says on standard error when the database
+/// does not know the model.
 [[nodiscard]] std::shared_ptr<QXHalvarin> openFacade(const Options& options);
 
 /// The same for a self-test, which would pass for having nothing to test: throws ExitError also

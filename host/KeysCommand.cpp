@@ -10,6 +10,7 @@
 #include "base/LikePattern.h"
 #include "base/NumberText.h"
 #include "base/PrintableText.h"
+#include "host/Facade.h"
 #include "host/MachineChoice.h"
 #include "host/MachineDump.h"
 #include "host/RecordJson.h"
@@ -96,6 +97,7 @@ Exit runKeys(const Options& options) {
   if (!smc) {
     refuseWithoutController(options);
   }
+  requireAccess(*smc, options);
   std::vector<DictionaryRef> records;
   const ArrayRef all = smc->listKeysWithData();
   for (const Value& each : all->elements()) {

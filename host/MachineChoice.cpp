@@ -185,4 +185,13 @@ void refuseWithoutController(const Options& options) {
   throw ExitError(Exit::noMachine, "the machine's controller has gone away");
 }
 
+void refuseUnopened(const Options& options, std::int32_t status) {
+  if (exitFor(status) == Exit::notPermitted) {
+    throw ExitError(Exit::notPermitted,
+                    "the controller's keys cannot be read: not permitted; run it as root, or let "
+                    "others use the controller (docs/platforms.md says how)");
+  }
+  refuseWithoutController(options);
+}
+
 }  // namespace halvarin::host

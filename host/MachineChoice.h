@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "host/Options.h"
@@ -25,5 +26,9 @@ void chooseMachine(const Options& options);
 
 /// Ends the program because there is no controller to ask.
 [[noreturn]] void refuseWithoutController(const Options& options);
+
+/// Ends the program because the controller could not be opened: not permitted, or there is none
+/// that can be used.
+[[noreturn]] void refuseUnopened(const Options& options, std::int32_t status);
 
 }  // namespace halvarin::host

@@ -32,8 +32,9 @@ class Controller {
       refuseWithoutController(options);
     }
     const ScopeGuard release([service] { IOObjectRelease(service); });
-    if (IOServiceOpen(service, mach_task_self(), 0, &connection_) != KERN_SUCCESS) {
-      refuseWithoutController(options);
+    const kern_return_t status = IOServiceOpen(service, mach_task_self(), 0, &connection_);
+    if (status != KERN_SUCCESS) {
+      refuseUnopened(options, status);
     }
   }
   ~Controller() { IOServiceClose(connection_); }

@@ -111,7 +111,9 @@ std::unique_ptr<FanGuard> FanGuard::start(const Options& options) {
 }
 
 bool FanGuard::isReady() const {
-  constexpr int kMostMilliseconds = 20000;  // it lists the machine's keys, as the program did
+  // It lists the machine's keys, as the program did. Under Linux each key that the controller does
+  // not let be read takes a quarter of a second, and there may be 80 of them.
+  constexpr int kMostMilliseconds = 60000;
   return readByte(fromGuardian_, kMostMilliseconds) == 1;
 }
 

@@ -1,15 +1,32 @@
-// Linked to the program's own objects: the program, but for the folder that its logs lie under.
+// Linked to the program's own objects: the program, but for the folder that its logs lie under and
+// for the computer that it takes for its own.
 
 #include <cstdlib>
+#include <memory>
+#include <string>
 
+#include "platform/machine/linux/DiskTree.h"
+#include "platform/machine/linux/ThisComputer.h"
 #include "selftest/TestLogPlace.h"
+#include "tests/support/ScriptedDriver.h"
 
 namespace {
+
+/// What lies under the root: plain files, or a driver that behaves. Never the computer's own files,
+/// also when a test forgets to say where: its fans are no test's.
+std::shared_ptr<halvarin::platform::FileTree> filesUnder(const char* root) {
+  const std::string folder = root != nullptr ? root : "/nowhere";
+  if (halvarin::test::ScriptedDriver::isIn(folder)) {
+    return std::make_shared<halvarin::test::ScriptedDriver>(folder);
+  }
+  return std::make_shared<halvarin::platform::DiskTree>(folder);
+}
 
 [[maybe_unused]] const bool kIsPlaced = [] {
   const char* root = std::getenv("HALVARIN_TEST_LOG_ROOT");
   // Never the computer's own logs, also when a test forgets to say where.
   halvarin::placeTestLogsUnder(root != nullptr ? root : "/nowhere");
+  halvarin::platform::placeThisComputerIn(filesUnder(std::getenv("HALVARIN_TEST_COMPUTER")));
   return true;
 }();
 

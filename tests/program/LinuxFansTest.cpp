@@ -1,0 +1,139 @@
+// Fans of a Mac that runs Linux, forced and handed back by the program, down to the kernel's files.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/support/AppleSiliconTree.h"
+#include "tests/support/FanMachines.h"
+#include "tests/support/RunningProgram.h"
+#include "tests/support/ScriptedDriver.h"
+#include "tests/support/SharedData.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Until.h"
+
+namespace halvarin::test {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Names = DriverScript::Names;
+
+constexpr auto kMost = 20s;
+
+class FansUnderLinux : public testing::Test {
+ protected:
+  FansUnderLinux() { setenv("HALVARIN_TEST_COMPUTER", folder_.path().c_str(), 1); }
+
+  void layOut(FanStyle style, Names names = Names::older, std::set<std::string> denied = {}) {
+    ScriptedDriver::layOut(folder_.path(), fanMachine(style),
+                           {names, {}, std::move(denied), false});
+  }
+  std::vector<std::string> writes() { return ScriptedDriver(folder_.path()).writes(); }
+
+  /// Forces fan 0, waits until the program says that it turns, and ends it with a signal.
+  ProgramRun forceAndEnd(int signal) {
+    RunningProgram program(HALVARIN_ROOTED, {"fan", "0", "2500"});
+    EXPECT_TRUE(program.waitForOutput("turns at", kMost)) << program.soFar().err;
+    program.signal(signal);
+    return program.waitForEnd(kMost).value_or(ProgramRun());
+  }
+
+  const TemporaryFolder folder_;
+};
+
+TEST_F(FansUnderLinux, AreWrittenExactlyAsLongAsTheyAreHeld) {
+  layOut(FanStyle::forceBits);
+  const ProgramRun run = forceAndEnd(SIGINT);
+  EXPECT_EQ(run.exit, 0) << run.err;
+  EXPECT_THAT(run.out, HasSubstr("Fan 0: asked for 2500 RPM"));
+  EXPECT_THAT(run.out, HasSubstr("turns at 2500 RPM, target 2500 RPM"));
+  EXPECT_THAT(writes(), ElementsAre("fan1_manual 1", "fan1_output 2500", "fan1_manual 0"));
+}
+
+TEST_F(FansUnderLinux, AreWrittenUnderTheNamesOfNewerKernels) {
+  layOut(FanStyle::forceBits, Names::newer);
+  EXPECT_EQ(forceAndEnd(SIGINT).exit, 0);
+  EXPECT_THAT(writes(), ElementsAre("pwm1_enable 1", "fan1_target 2500", "pwm1_enable 2"));
+}
+
+TEST_F(FansUnderLinux, AreForcedByTheirModeKeysWhereTheyHaveThem) {
+  layOut(FanStyle::modeKeys);
+  EXPECT_EQ(forceAndEnd(SIGTERM).exit, 0);
+  EXPECT_THAT(writes(), ElementsAre("fan1_manual 1", "fan1_output 2500", "fan1_manual 0"));
+}
+
+TEST_F(FansUnderLinux, AreHandedBackByTheGuardianOfAKilledProgram) {
+  layOut(FanStyle::forceBits);
+  EXPECT_EQ(forceAndEnd(SIGKILL).exit, 128 + SIGKILL);
+  EXPECT_TRUE(becomesTrue(2s, [&] { return writes().size() == 3; }));
+  EXPECT_THAT(writes(), ElementsAre("fan1_manual 1", "fan1_output 2500", "fan1_manual 0"));
+}
+
+TEST_F(FansUnderLinux, LeaveTheForcedFansOfOthersAlone) {
+  layOut(FanStyle::forceBits);
+  ScriptedDriver(folder_.path()).setForced(1, true);
+  EXPECT_EQ(forceAndEnd(SIGINT).exit, 0);
+  EXPECT_THAT(writes(), ElementsAre("fan1_manual 1", "fan1_output 2500", "fan1_manual 0"));
+}
+
+TEST_F(FansUnderLinux, EndWithExit5WhereThisUserMayNotCommandThem) {
+  layOut(FanStyle::forceBits, Names::older,
+         {"fan1_manual", "fan1_output", "fan2_manual", "fan2_output"});
+  const ProgramRun run = runProgram(HALVARIN_ROOTED, {"fan", "0", "2500"});
+  EXPECT_EQ(run.exit, 5);
+  EXPECT_THAT(run.err, HasSubstr("e00002c1"));
+  EXPECT_THAT(run.err, HasSubstr("not permitted"));
+  EXPECT_THAT(writes(), IsEmpty());
+}
+
+TEST_F(FansUnderLinux, AreNotWrittenWhereTheNamesOfTwoKernelsMeet) {
+  layOut(FanStyle::forceBits, Names::both);
+  const ProgramRun run = runProgram(HALVARIN_ROOTED, {"fan", "0", "2500"});
+  EXPECT_EQ(run.exit, 6);
+  EXPECT_THAT(run.err, HasSubstr("did not take the command"));
+  EXPECT_THAT(writes(), IsEmpty());
+}
+
+/// One fan of a Mac with Apple silicon, in plain files.
+class AppleSiliconFan : public FansUnderLinux {
+ protected:
+  AppleSiliconFan() { layOutAppleSilicon(folder_); }
+  std::string target() { return fileText(folder_.path() / kTarget); }
+  const std::string kTarget = std::string(kAppleSiliconMonitor) + "fan1_target";
+};
+
+TEST_F(AppleSiliconFan, IsForcedByItsTargetAndHandedBackByZero) {
+  RunningProgram program(HALVARIN_ROOTED, {"fan", "0", "2500"});
+  ASSERT_TRUE(program.waitForOutput("turns at", kMost)) << program.soFar().err;
+  EXPECT_EQ(target(), "2500");
+  program.signal(SIGINT);
+  EXPECT_EQ(program.waitForEnd(kMost)->exit, 0);
+  EXPECT_EQ(target().front(), '0');
+}
+
+TEST_F(AppleSiliconFan, IsHandedBackByAnotherRunOfTheProgram) {
+  ASSERT_EQ(runProgram(HALVARIN_ROOTED, {"fan", "0", "2500", "--leave"}).exit, 0);
+  EXPECT_EQ(target(), "2500");
+  EXPECT_EQ(runProgram(HALVARIN_ROOTED, {"fan", "0", "auto"}).exit, 0);
+  EXPECT_EQ(target().front(), '0');
+}
+
+TEST_F(AppleSiliconFan, IsLeftAloneWhereTheDriverLetsNobodyWrite) {
+  std::filesystem::permissions(folder_.path() / kTarget, std::filesystem::perms::owner_read);
+  const ProgramRun run = runProgram(HALVARIN_ROOTED, {"fan", "0", "2500"});
+  EXPECT_EQ(run.exit, 6);
+  EXPECT_THAT(run.err, HasSubstr("did not take the command"));
+  EXPECT_EQ(target(), "1499");
+}
+
+}  // namespace
+}  // namespace halvarin::test
