@@ -219,6 +219,10 @@ void ScriptedDriver::moveCursor(std::uint32_t index) {
   ++state_->cursorWrites;
 }
 
+std::uint32_t ScriptedDriver::cursor() const {
+  return state_->cursor;
+}
+
 void ScriptedDriver::setSilent(bool silent) {
   state_->isSilent = silent;
 }
@@ -357,7 +361,7 @@ FileContent ScriptedDriver::keyFile(std::string_view name) const {
   }
   ++state_->valuesRead;
   if (script_.latency.count() > 0) {
-    std::this_thread::sleep_for(script_.latency);
+    std::this_thread::sleep_for(script_.latency);  // as the kernel does: others have their turn
   }
   if (key.result != 0 || key.status != 0 || state_->isSilent) {
     return {EIO, {}};

@@ -49,6 +49,7 @@ class ScriptedDriver : public platform::FileTree {
   [[nodiscard]] std::uint64_t valuesRead() const;
   /// Moves the cursor as a program does that knows nothing of locks.
   void moveCursor(std::uint32_t index);
+  [[nodiscard]] std::uint32_t cursor() const;
   /// From now on no key gives a value; or all of them again.
   void setSilent(bool silent);
   /// What the controller itself does to a fan.

@@ -141,7 +141,7 @@ TEST(SmcKeysWithoutRights, AreNotPrivileged) {
 }
 
 TEST(SmcKeysBesideARival, EndAsAnErrorWhenTheyCannotBeVerified) {
-  const DriverBench bench(someKeys());
+  const DriverBench bench(someKeys(), {{}, 20us, {}, false});
   const auto keys = bench.newKeys();
   ASSERT_EQ(readOf(*keys, "TC0P", 2).status, 0);
   const CursorRival rival(bench.folder(), 0us, [](ScriptedDriver& driver, std::uint32_t turn) {

@@ -1,13 +1,15 @@
 #include "platform/machine/linux/KeyCursor.h"
 
 #include <gtest/gtest.h>
-#include <sys/file.h>
 
 #include <cerrno>
 #include <chrono>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "tests/support/CursorRival.h"
@@ -135,6 +137,152 @@ TEST(KeyCursor, LetsTheLockGoAfterEachKey) {
   EXPECT_TRUE(bench.driver()->openCursor(bench.cursorPath(), error)->tryLock());
 }
 
+/// A driver whose cursor another moves at chosen moments.
+class MeddledDriver : public platform::FileTree {
+ public:
+  /// Called when a file is read, with its name without "key_at_index", before or after that.
+  using Meddling = std::function<void(ScriptedDriver& driver, const std::string& file, bool after)>;
+
+  MeddledDriver(std::shared_ptr<ScriptedDriver> driver, Meddling meddling)
+      : driver_(std::move(driver)), meddling_(std::move(meddling)) {}
+
+  platform::FileContent read(const std::string& path, std::size_t most) override {
+    const std::string file = path.substr(path.find("key_at_index") + 12);
+    meddling_(*driver_, file, false);
+    const platform::FileContent content = driver_->read(path, most);
+    meddling_(*driver_, file, true);
+    return content;
+  }
+  int write(const std::string& path, std::string_view text) override {
+    return driver_->write(path, text);
+  }
+  int mayWrite(const std::string& path) override { return driver_->mayWrite(path); }
+  std::vector<std::string> list(const std::string& path) override { return driver_->list(path); }
+  std::string resolve(const std::string& path) override { return driver_->resolve(path); }
+  std::unique_ptr<platform::CursorFile> openCursor(const std::string& path, int& error) override {
+    return driver_->openCursor(path, error);
+  }
+
+ private:
+  const std::shared_ptr<ScriptedDriver> driver_;
+  const Meddling meddling_;
+};
+
+class MeddledCursor : public testing::Test {
+ protected:
+  /// Reads K007 while somebody meddles `times` times, in a system that tells of writes or does not.
+  int readWhile(int times, const MeddledDriver::Meddling& meddling, bool isBlind = false) {
+    DriverScript script;
+    script.isBlind = isBlind;
+    const DriverBench bench(numberedKeys(), script);
+    const auto counted = [&, times](ScriptedDriver& driver, const std::string& file, bool after) {
+      if (meddled_ < times) {
+        const std::uint32_t before = driver.cursor();
+        meddling(driver, file, after);
+        meddled_ += driver.cursor() != before && after ? 1 : 0;
+      }
+    };
+    const auto files = std::make_shared<MeddledDriver>(bench.driver(), counted);
+    KeyCursor cursor(files, bench.cursorPath(), std::make_shared<platform::ScaledClock>(0));
+    return cursor.readValue(7, platform::fourBytes("K007"), bytes_);
+  }
+  static constexpr int kAlways = 1000000;
+  const std::string kRight{'\0', '\7'};
+
+  std::string bytes_;
+  int meddled_ = 0;
+};
+
+/// Away before the value is read, back at once: the names before and after are the right ones.
+void moveAwayAndBack(ScriptedDriver& driver, const std::string& file, bool after) {
+  if (file == "_data") {
+    driver.moveCursor(after ? 7 : 150);
+  }
+}
+
+TEST_F(MeddledCursor, GivesNoValueWhenItIsMovedAwayAndBackEachTime) {
+  EXPECT_EQ(readWhile(kAlways, moveAwayAndBack), EBUSY);
+}
+
+TEST_F(MeddledCursor, GivesTheRightValueAfterItWasMovedAwayAndBackForAWhile) {
+  EXPECT_EQ(readWhile(5, moveAwayAndBack), 0);
+  EXPECT_EQ(bytes_, kRight);
+  EXPECT_EQ(meddled_, 5);
+}
+
+TEST_F(MeddledCursor, GivesTheRightValueThoughBlindOnceItIsLeftAlone) {
+  EXPECT_EQ(readWhile(1, moveAwayAndBack, true), 0);
+  EXPECT_EQ(bytes_, kRight);
+  EXPECT_EQ(meddled_, 1);
+}
+
+TEST_F(MeddledCursor, GivesNoValueWhenItIsMovedAwayForGood) {
+  for (const bool isBlind : {false, true}) {
+    for (const char* file : {"", "_name", "_data"}) {
+      EXPECT_EQ(readWhile(
+                    kAlways,
+                    [&](ScriptedDriver& driver, const std::string& read, bool /*after*/) {
+                      if (read == file) {
+                        driver.moveCursor(150);
+                      }
+                    },
+                    isBlind),
+                EBUSY)
+          << file << isBlind;
+    }
+  }
+}
+
+/// A cursor that another moves before the notice of our own write is taken: one notice for both.
+class OvertakenCursor : public platform::CursorFile {
+ public:
+  OvertakenCursor(std::unique_ptr<CursorFile> cursor, ScriptedDriver& driver, int times)
+      : cursor_(std::move(cursor)), driver_(driver), times_(times) {}
+
+  bool tryLock() override { return cursor_->tryLock(); }
+  void unlock() override { cursor_->unlock(); }
+  int set(std::string_view text) override {
+    const int error = cursor_->set(text);
+    if (times_-- > 0) {
+      driver_.moveCursor(150);
+    }
+    return error;
+  }
+  Witness witness() override { return Witness::alone; }
+
+ private:
+  const std::unique_ptr<CursorFile> cursor_;
+  ScriptedDriver& driver_;
+  int times_;
+};
+
+class OvertakenDriver : public MeddledDriver {
+ public:
+  OvertakenDriver(std::shared_ptr<ScriptedDriver> driver, int times)
+      : MeddledDriver(driver, [](ScriptedDriver&, const std::string&, bool) {}),
+        driver_(std::move(driver)),
+        times_(times) {}
+  std::unique_ptr<platform::CursorFile> openCursor(const std::string& path, int& error) override {
+    return std::make_unique<OvertakenCursor>(driver_->openCursor(path, error), *driver_, times_);
+  }
+
+ private:
+  const std::shared_ptr<ScriptedDriver> driver_;
+  const int times_;
+};
+
+TEST(KeyCursor, DescribesNoOtherKeyThatItWasMovedToAtOnce) {
+  const DriverBench bench(numberedKeys());
+  const auto clock = std::make_shared<platform::ScaledClock>(0);
+  KeyFacts facts;
+  KeyCursor once(std::make_shared<OvertakenDriver>(bench.driver(), 1), bench.cursorPath(), clock);
+  EXPECT_EQ(once.describe(7, facts), 0);
+  EXPECT_EQ(facts.code, platform::fourBytes("K007"));
+  KeyCursor always(std::make_shared<OvertakenDriver>(bench.driver(), 1000), bench.cursorPath(),
+                   clock);
+  EXPECT_EQ(always.describe(7, facts), EBUSY);
+}
+
 /// What came of many reads beside a rival.
 struct Tally {
   int right = 0;
@@ -143,13 +291,40 @@ struct Tally {
   int other = 0;
 };
 
-/// Reads key after key, each with the name that it must have.
-Tally readBeside(KeyCursor& cursor, int reads) {
-  Tally tally;
-  for (int i = 0; i < reads; ++i) {
-    const auto index = static_cast<std::uint32_t>(1 + i % 50);
+/// Another process that moves the cursor every 50 µs, beside values that take 20 µs.
+class RivalledCursor : public testing::Test {
+ protected:
+  /// Reads key after key, each with the name that it must have: so often, and on until the rival
+  /// has disturbed many of the readings, however busy the computer is.
+  Tally readMany(int reads) {
+    constexpr std::uint64_t kMostlyDisturbed = 50;
+    const auto end = std::chrono::steady_clock::now() + 60s;
+    Tally tally;
+    int done = 0;
+    while (done < reads ||
+           (disturbed(done) < kMostlyDisturbed && std::chrono::steady_clock::now() < end)) {
+      readOne(static_cast<std::uint32_t>(1 + done % 50), tally);
+      ++done;
+    }
+    std::cout << done << " reads: " << tally.right << " right, " << tally.wrong << " wrong, "
+              << tally.busy << " given up, " << disturbed(done) << " times disturbed\n";
+    EXPECT_GE(disturbed(done), kMostlyDisturbed) << "the rival was too slow to prove anything";
+    EXPECT_EQ(tally.wrong, 0);
+    EXPECT_EQ(tally.other, 0);
+    return tally;
+  }
+
+  static constexpr auto kPause = 50us;
+  const DriverBench bench_{numberedKeys(), {{}, 20us, {}, false}};
+
+ private:
+  /// How often a reading was taken again.
+  [[nodiscard]] std::uint64_t disturbed(int reads) const {
+    return bench_.driver()->valuesRead() - static_cast<std::uint64_t>(reads);
+  }
+  void readOne(std::uint32_t index, Tally& tally) {
     std::string bytes;
-    const int error = cursor.readValue(index, platform::fourBytes(numbered(index)), bytes);
+    const int error = cursor_->readValue(index, platform::fourBytes(numbered(index)), bytes);
     const bool isRight = bytes == std::string{'\0', static_cast<char>(index)};
     if (error == 0) {
       ++(isRight ? tally.right : tally.wrong);
@@ -157,59 +332,35 @@ Tally readBeside(KeyCursor& cursor, int reads) {
       ++(error == EBUSY ? tally.busy : tally.other);
     }
   }
-  std::cout << reads << " reads: " << tally.right << " right, " << tally.busy
-            << " given up as disturbed\n";
-  return tally;
-}
-
-class RivalledCursor : public testing::TestWithParam<bool> {
- protected:
-  RivalledCursor() { script_.isBlind = GetParam(); }
-  DriverScript script_;
+  const std::unique_ptr<KeyCursor> cursor_ = bench_.newCursor();
 };
 
-TEST_P(RivalledCursor, GivesNoWrongValueBesideAProcessThatMovesItAllTheTime) {
-  const DriverBench bench(numberedKeys(), script_);
-  const auto cursor = bench.newCursor();
-  const CursorRival rival(bench.folder(), 300us, [](ScriptedDriver& driver, std::uint32_t turn) {
+TEST_F(RivalledCursor, GivesNoWrongValueIn10000Reads) {
+  const CursorRival rival(bench_.folder(), kPause, [](ScriptedDriver& driver, std::uint32_t turn) {
     driver.moveCursor(turn * 7919 % kKeys);
   });
-  const Tally tally = readBeside(*cursor, 10000);
-  EXPECT_EQ(tally.wrong, 0);
-  EXPECT_EQ(tally.other, 0);
-  EXPECT_GT(tally.right, 9000);
+  EXPECT_GT(readMany(10000).right, 1000);
 }
 
-TEST_P(RivalledCursor, GivesNoWrongValueBesideAProcessThatNeverPauses) {
-  const DriverBench bench(numberedKeys(), script_);
-  const auto cursor = bench.newCursor();
-  const CursorRival rival(bench.folder(), 0us, [](ScriptedDriver& driver, std::uint32_t turn) {
-    driver.moveCursor(turn * 7919 % kKeys);
-  });
-  const Tally tally = readBeside(*cursor, 1000);
-  EXPECT_EQ(tally.wrong, 0);
-  EXPECT_EQ(tally.other, 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(All, RivalledCursor, testing::Values(false, true),
-                         [](const auto& instance) { return instance.param ? "Blind" : "Seeing"; });
-
-TEST(KeyCursor, GivesNoWrongValueBesideAProcessThatMovesItAwayAndBackAgain) {
-  // The names before and after are right then, and the value is another's.
-  const DriverBench bench(numberedKeys());
-  const auto cursor = bench.newCursor();
-  const CursorRival rival(bench.folder(), 20us, [](ScriptedDriver& driver, std::uint32_t turn) {
-    driver.moveCursor(1 + turn % 50);
+TEST_F(RivalledCursor, GivesNoWrongValueIn10000ReadsWhileItIsMovedAwayAndBack) {
+  const CursorRival rival(bench_.folder(), kPause, [](ScriptedDriver& driver, std::uint32_t) {
+    const std::uint32_t before = driver.cursor();
     driver.moveCursor(150);
-    driver.moveCursor(1 + turn % 50);
+    std::this_thread::sleep_for(10us);  // as long as it takes others to begin with a value
+    driver.moveCursor(before);
   });
-  const Tally tally = readBeside(*cursor, 2000);
-  EXPECT_EQ(tally.wrong, 0);
-  EXPECT_EQ(tally.other, 0);
+  EXPECT_GT(readMany(10000).right, 1000);
 }
 
-TEST(KeyCursor, SharesTheDriverWithAnotherThatKnowsOfTheLock) {
-  const DriverBench bench(numberedKeys());
+TEST_F(RivalledCursor, GivesNoWrongValueBesideAProcessThatNeverPauses) {
+  const CursorRival rival(bench_.folder(), 0us, [](ScriptedDriver& driver, std::uint32_t turn) {
+    driver.moveCursor(1 + turn % 50);
+  });
+  static_cast<void>(readMany(1000));
+}
+
+TEST(KeyCursor, IsSharedWithAnotherThatKnowsOfTheLock) {
+  const DriverBench bench(numberedKeys(), {{}, 20us, {}, false});
   const auto clock = std::make_shared<platform::ScaledClock>();
   KeyCursor cursor(bench.driver(), bench.cursorPath(), clock);
   std::unique_ptr<KeyCursor> others;
@@ -221,9 +372,11 @@ TEST(KeyCursor, SharesTheDriverWithAnotherThatKnowsOfTheLock) {
     KeyFacts facts;
     static_cast<void>(others->describe(turn % kKeys, facts));
   });
-  const Tally tally = readBeside(cursor, 1000);
-  EXPECT_EQ(tally.wrong, 0);
-  EXPECT_EQ(tally.right, 1000);
+  for (int i = 0; i < 1000; ++i) {
+    std::string bytes;
+    EXPECT_EQ(cursor.readValue(9, platform::fourBytes("K009"), bytes), 0);
+    EXPECT_EQ(bytes, (std::string{'\0', '\11'}));
+  }
 }
 
 }  // namespace
