@@ -55,7 +55,7 @@ std::optional<std::uint32_t> labelled(FileTree& files, const std::string& folder
   const std::vector<std::string> names = files.list(folder);
   for (const std::string& name : names) {
     const auto number = attributeNumber(name, kind, "_label");
-    if (!number || lineOf(files, folder + "/" + name) != label) {
+    if (!number || lineOf(files, std::string(folder).append("/").append(name)) != label) {
       continue;
     }
     if (found) {
@@ -96,17 +96,21 @@ FourBytes HwmonKeys::Key::type() const {
   return fourBytes(kind == Kind::count ? "ui32" : "ui8 ");
 }
 
-HwmonKeys::HwmonKeys(std::shared_ptr<FileTree> files, const SmcDriver& driver)
-    : files_(std::move(files)), driver_(driver) {
-  const std::string nodes = driver_.hwmonFolder + "/of_node";
-  const std::vector<std::string> names = files_->list(nodes);
-  for (const std::string& name : names) {
-    if (keys_.size() < kMostKeys) {
-      addReading(nodes + "/" + name);
-    }
-  }
+HwmonKeys::HwmonKeys(std::shared_ptr<FileTree> files, SmcDriver driver)
+    : files_(std::move(files)), driver_(std::move(driver)) {
+  addReadings(driverFile(*files_, driver_, "of_node"));
   keys_[fourBytes("FNum")] = {Key::Kind::fanCount, {}, 1};
   keys_[fourBytes("#KEY")] = {Key::Kind::count, {}, 1};
+}
+
+void HwmonKeys::addReadings(const std::string& nodes) {
+  const std::vector<std::string> names =
+      nodes.empty() ? std::vector<std::string>() : files_->list(nodes);
+  for (const std::string& name : names) {
+    if (keys_.size() < kMostKeys) {
+      addReading(std::string(nodes).append("/").append(name));
+    }
+  }
 }
 
 void HwmonKeys::addReading(const std::string& nodeFolder) {

@@ -20,7 +20,7 @@ namespace halvarin::platform {
 /// own, for the driver has none.
 class HwmonKeys : public DriverKeys {
  public:
-  HwmonKeys(std::shared_ptr<FileTree> files, const SmcDriver& driver);
+  HwmonKeys(std::shared_ptr<FileTree> files, SmcDriver driver);
 
   [[nodiscard]] bool isPresent() override;
   [[nodiscard]] MachineStatus access() override;
@@ -38,6 +38,7 @@ class HwmonKeys : public DriverKeys {
   // A fan is forced in two steps: the mode announces it, the target does it.
   enum class Order { none, announced, given };
 
+  void addReadings(const std::string& nodes);
   void addReading(const std::string& nodeFolder);
   void addFan(const FanKeyName& name, std::uint32_t number);
   void addFile(const FourBytes& code, const std::string& file, double unitsPerStep);

@@ -57,7 +57,7 @@ std::optional<std::string> namedProcessor(FileTree& files) {
 }
 
 /// A text for people and tables; what is none counts as nothing.
-std::string textOrNothing(std::string text) {
+std::string textOrNothing(const std::string& text) {
   return utf16(text) ? text : "";
 }
 

@@ -115,6 +115,12 @@ TEST_F(SyntheticKeys, LeaveOutWhatIsNotCertain) {
   EXPECT_EQ(listed().size(), 12U);
 }
 
+TEST_F(SyntheticKeys, AreTheTwoCountsAloneWithoutADeviceTree) {
+  std::filesystem::remove_all(folder_.path() / kAppleSiliconMonitor / "of_node");
+  EXPECT_EQ(listed(), (std::vector<std::string>{"#KEY", "FNum"}));
+  EXPECT_EQ(bytesOf(readOf(*newKeys(), "FNum", 1), 1), (Bytes{0}));
+}
+
 TEST_F(SyntheticKeys, AreLabelledByTheirKeyWhereTheTreeHasNoLabel) {
   addTreeNode(folder_, "temperature-TVA0", "TVA0", "");
   folder_.write(kAppleSiliconMonitor + std::string("temp3_label"), "TVA0\n");
