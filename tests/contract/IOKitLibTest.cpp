@@ -143,7 +143,7 @@ TEST_F(IOKitLibTest, NoMatchingGivesNoService) {
 }
 
 TEST_F(IOKitLibTest, ABareComputerHasNoService) {
-  platform::setMachine(nullptr);
+  platform::setMachine(std::make_shared<platform::BareComputer>());
   EXPECT_EQ(find("Echo"), IO_OBJECT_NULL);
   EXPECT_EQ(find("AppleSMC"), IO_OBJECT_NULL);
   EXPECT_EQ(sinceStart(), "matchings 2/2 services 0/0 connections 0/0");

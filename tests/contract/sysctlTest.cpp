@@ -137,7 +137,7 @@ TEST_F(SysctlTest, ANewValueIsNotPermittedAndTouchesNothing) {
 }
 
 TEST_F(SysctlTest, ABareComputerKnowsItsLogicalProcessorsAndNoModel) {
-  platform::setMachine(nullptr);
+  platform::setMachine(std::make_shared<platform::BareComputer>());
   EXPECT_EQ(ask("hw.logicalcpu", 4), 0);
   unsigned processors = 0;
   std::memcpy(&processors, buffer_.data(), sizeof processors);

@@ -12,7 +12,6 @@
 #include <cmath>
 #include <fstream>
 #include <optional>
-#include <sstream>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -60,15 +59,6 @@ platform::RecordedMachine machineIn(const fs::path& folder) {
   return std::get<platform::RecordedMachine>(std::move(read));
 }
 
-std::string scriptText(const DriverScript& script) {
-  std::ostringstream text;
-  text << static_cast<int>(script.names) << ' ' << script.latency.count() << ' ' << script.isBlind;
-  for (const std::string& name : script.denied) {
-    text << ' ' << name;
-  }
-  return text.str();
-}
-
 /// The name of the driver's file for keys at this path.
 std::optional<std::string_view> keyFileName(const std::string& path) {
   constexpr std::array<std::string_view, 6> kNames{"key_count",
@@ -84,20 +74,6 @@ std::optional<std::string_view> keyFileName(const std::string& path) {
   const auto* const found =
       std::find(kNames.begin(), kNames.end(), std::string_view(path).substr(device.size() + 1));
   return found == kNames.end() ? std::nullopt : std::optional(*found);
-}
-
-DriverScript scriptIn(const fs::path& folder) {
-  std::ifstream file(folder / "script.txt");
-  DriverScript script;
-  int names = 0;
-  std::int64_t latency = 0;
-  file >> names >> latency >> script.isBlind;
-  script.names = static_cast<DriverScript::Names>(names);
-  script.latency = std::chrono::microseconds(latency);
-  for (std::string name; file >> name;) {
-    script.denied.insert(name);
-  }
-  return script;
 }
 
 }  // namespace
@@ -152,7 +128,7 @@ void ScriptedDriver::layOut(const fs::path& folder, platform::RecordedMachine ma
   std::sort(machine.keys.begin(), machine.keys.end(),
             [](const RecordedKey& a, const RecordedKey& b) { return a.code < b.code; });
   putFile(folder / "machine.txt", platform::writeMachineFile(machine));
-  putFile(folder / "script.txt", scriptText(script));
+  writeScript(folder, script);
   putFile(folder / "lock", "");
   putFile(folder / "writes", "");
   putFile(folder / "state", std::string(sizeof(State), '\0'));
@@ -412,16 +388,11 @@ std::vector<std::uint8_t> ScriptedDriver::valueOf(const RecordedKey& key) const 
   return name->isOf("Mn") ? platform::speedBytes(key, state_->minimums[name->fan]) : key.bytes;
 }
 
-const RecordedKey* ScriptedDriver::keyOf(std::uint32_t fan, std::string_view what) const {
+double ScriptedDriver::speedOf(std::uint32_t fan, std::string_view what) const {
   const auto code = platform::fanKey(fan, what);
   const auto found = std::find_if(machine_.keys.begin(), machine_.keys.end(),
                                   [&](const RecordedKey& key) { return key.code == code; });
-  return found == machine_.keys.end() ? nullptr : &*found;
-}
-
-double ScriptedDriver::speedOf(std::uint32_t fan, std::string_view what) const {
-  const RecordedKey* key = keyOf(fan, what);
-  return key == nullptr ? 0 : platform::heldSpeed(*key).value_or(0);
+  return found == machine_.keys.end() ? 0 : platform::heldSpeed(*found).value_or(0);
 }
 
 }  // namespace halvarin::test

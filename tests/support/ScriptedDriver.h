@@ -1,11 +1,9 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,17 +11,9 @@
 #include "platform/machine/MachineFile.h"
 #include "platform/machine/linux/DiskTree.h"
 #include "platform/machine/linux/FileTree.h"
+#include "tests/support/DriverScript.h"
 
 namespace halvarin::test {
-
-/// What a driver is like.
-struct DriverScript {
-  enum class Names { older, newer, both };
-  Names names = Names::older;           // of the fans' files, and where they lie
-  std::chrono::microseconds latency{};  // of a value
-  std::set<std::string> denied;         // files that may not be written
-  bool isBlind = false;                 // the system tells nothing of others' writes
-};
 
 /// The kernel's driver "applesmc" as its files behave: one cursor for all processes, values that
 /// are refused, fans that take commands. Everything else in its tree lies on the disk. All who open
@@ -79,7 +69,6 @@ class ScriptedDriver : public platform::FileTree {
   [[nodiscard]] platform::FileContent keyFile(std::string_view name) const;
   [[nodiscard]] platform::FileContent fanFile(const FanFile& file) const;
   [[nodiscard]] std::vector<std::uint8_t> valueOf(const platform::RecordedKey& key) const;
-  [[nodiscard]] const platform::RecordedKey* keyOf(std::uint32_t fan, std::string_view what) const;
   [[nodiscard]] double speedOf(std::uint32_t fan, std::string_view what) const;
 
   const std::filesystem::path folder_;

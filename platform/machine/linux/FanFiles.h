@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "platform/machine/linux/FileTree.h"
 #include "platform/machine/linux/SmcDriver.h"

@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <utility>
 
+#include "platform/machine/BareComputer.h"
 #include "tests/support/Facades.h"
 #include "tests/support/Updates.h"
 
@@ -205,7 +207,7 @@ TEST_F(QXHalvarinUpdateTest, ServiceThatVanishesWithinAPassLeavesWhatWasReadBefo
 
 TEST_F(QXHalvarinUpdateTest, WithoutControllerNotifiesOfEmptyArrays) {
   embedDatabase(databaseOf("Test1,1", kSensors));
-  platform::setMachine(nullptr);
+  platform::setMachine(std::make_shared<platform::BareComputer>());
   facade_ = QXHalvarin::init();
   ASSERT_TRUE(facade_);
   expectEverywhere(update(), "", 0);
