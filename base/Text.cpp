@@ -72,6 +72,18 @@ std::optional<std::u16string> utf16(std::string_view utf8) {
   return units;
 }
 
+std::string_view leadingUtf8(std::string_view bytes) {
+  std::size_t valid = 0;
+  while (valid < bytes.size()) {
+    const std::size_t length = decodeFirst(bytes.substr(valid)).length;
+    if (length == 0) {
+      break;
+    }
+    valid += length;
+  }
+  return bytes.substr(0, valid);
+}
+
 std::string_view trimmed(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(" \t");
   if (begin == std::string_view::npos) {

@@ -31,6 +31,9 @@ class HALVARIN_EXPORT Text {
 /// are not valid UTF-8.
 [[nodiscard]] HALVARIN_EXPORT std::optional<std::u16string> utf16(std::string_view utf8);
 
+/// The UTF-8 that the bytes begin with: all of them, or those before the first that is none.
+[[nodiscard]] HALVARIN_EXPORT std::string_view leadingUtf8(std::string_view bytes);
+
 /// The text without blanks and tabs at both ends.
 [[nodiscard]] HALVARIN_EXPORT std::string_view trimmed(std::string_view text);
 

@@ -3,6 +3,10 @@
 
 set(HALVARIN_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wcast-qual
                       -Wformat=2 -Werror)
+if(APPLE)
+  # Nobody has seen the warnings of that compiler and its headers yet.
+  list(REMOVE_ITEM HALVARIN_WARNINGS -Werror)
+endif()
 
 function(halvarin_compile target)
   target_compile_features(${target} PUBLIC cxx_std_20)
@@ -32,9 +36,25 @@ function(halvarin_layer name)
   set_target_properties(${target} PROPERTIES HALVARIN_LIBRARIES "${ARG_LIBRARIES}")
 endfunction()
 
+# Puts the sensor database into a section of a program's or library's own image.
+function(halvarin_embed target)
+  if(APPLE)
+    get_target_property(container halvarin_container HALVARIN_FILE)
+    target_link_options(${target} PRIVATE LINKER:-sectcreate,__TEXT,__sensors_plist,${container})
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${container})
+    add_dependencies(${target} halvarin_container)
+  else()
+    target_sources(${target} PRIVATE $<TARGET_OBJECTS:halvarin_embedded>)
+  endif()
+endfunction()
+
 # Gives a program or library the objects of these layers, their headers and what they link.
 function(halvarin_link target)
   foreach(layer IN LISTS ARGN)
+    if(layer STREQUAL "embedded")
+      halvarin_embed(${target})
+      continue()
+    endif()
     target_sources(${target} PRIVATE $<TARGET_OBJECTS:halvarin_${layer}>)
     target_include_directories(
       ${target} PRIVATE $<TARGET_PROPERTY:halvarin_${layer},INTERFACE_INCLUDE_DIRECTORIES>)

@@ -134,6 +134,11 @@ void chooseMachine(const Options& options) {
   if (options.machine.kind == MachineOption::Kind::thisComputer) {
     return;
   }
+  if (!platform::machineMayBeChosen()) {
+    throw ExitError(Exit::usage,
+                    "--machine: here the program works on this computer alone; simulated, recorded "
+                    "and served machines need another system than macOS");
+  }
   if (options.machine.kind == MachineOption::Kind::socket) {
     platform::setMachine(available(platform::openMachine(options.machine)),
                          std::make_shared<platform::ScaledClock>(options.clockFactor));

@@ -9,7 +9,7 @@
 
 // AES with 128-bit keys in cipher-block chaining, PKCS#7 padding and an initialisation vector of
 // zero bytes: what the platform's encrypt and decrypt transforms do with only their input set.
-// Bodies: posix/Cipher.cpp (libcrypto).
+// Bodies: posix/Cipher.cpp (libcrypto), macos/Cipher.cpp (the transforms themselves).
 
 namespace halvarin::platform {
 

@@ -5,7 +5,8 @@
 
 #include "base/Export.h"
 
-// How texts are ordered for the person at the computer. Bodies: posix/LocaleOrder.cpp.
+// How texts are ordered for the person at the computer. Bodies: posix/LocaleOrder.cpp,
+// macos/LocaleOrder.cpp.
 
 namespace halvarin::platform {
 

@@ -5,14 +5,17 @@
 
 #include "base/Export.h"
 
-// The thread that a host gives to the library's callbacks. Body: posix/MainThread.cpp.
+// The thread that a host gives to the library's callbacks. Bodies: posix/MainThread.cpp over
+// posix/SystemLoop.cpp or macos/SystemLoop.cpp.
 
 namespace halvarin::platform {
 
 /// The process's list of work for one thread, in the order of arrival. It is performed by `run`, or
 /// by `performPending` in a host with a loop of its own, on the thread that calls them; without
-/// either nothing is performed. Work is kept until then. It may itself call every function here. An
-/// exception that leaves work leaves the function that performs it; what still waits is kept.
+/// either nothing is performed, but that on macOS the main queue performs it too, so that an
+/// application whose main run loop runs needs neither. Work is kept until then. It may itself call
+/// every function here. An exception that leaves work leaves the function that performs it, and
+/// what still waits is kept; out of the main queue it ends the process.
 class HALVARIN_EXPORT MainThread {
  public:
   MainThread() = delete;

@@ -6,7 +6,7 @@
 #include "base/Export.h"
 
 // The image (library or program) that this code itself was linked into.
-// Bodies: posix/OwnImage.cpp.
+// Bodies: posix/OwnImage.cpp (ELF), macos/OwnImage.cpp (Mach-O).
 
 namespace halvarin::platform {
 

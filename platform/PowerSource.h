@@ -4,7 +4,7 @@
 
 #include "base/Export.h"
 
-// What feeds the machine. Bodies: posix/PowerSource.cpp.
+// What feeds the machine. Bodies: posix/PowerSource.cpp, macos/PowerSource.cpp.
 
 namespace halvarin::platform {
 

@@ -8,7 +8,8 @@
 #include "base/Export.h"
 #include "platform/Clock.h"
 
-// Work on other threads. Bodies: posix/Group.cpp, posix/Queue.cpp, posix/Semaphore.cpp.
+// Work on other threads. Bodies: posix/Group.cpp, posix/Queue.cpp, posix/Semaphore.cpp;
+// macos/Queue.cpp (Grand Central Dispatch).
 //
 // Queues, groups and semaphores are handles: a copy stands for the same one, and a handle may be
 // destroyed as soon as nobody calls it, whatever still runs. Every operation may be called by any
@@ -38,10 +39,12 @@ class HALVARIN_EXPORT Group {
   /// else before the leave that next empties it comes back. Each call gives its work once, even if
   /// the group is entered again by then; what one leave sets free goes in the order of these calls.
   /// The queue lives on until it has the work. The work is never empty. It is destroyed
-  /// unperformed when the group's last handle goes before that leave.
+  /// unperformed when the group's last handle goes before that leave; macOS keeps it for good then.
   void notify(const Queue& queue, std::function<void()> work) const;
 
  private:
+  friend class Queue;
+
   struct Body;
   std::shared_ptr<Body> body_;
 };
@@ -69,7 +72,7 @@ class HALVARIN_EXPORT Semaphore {
 /// last handle is gone, but not beyond the end of the process. Work is never empty; an exception
 /// that leaves it ends the process, as in any thread. Where the system gives no thread, work is
 /// left to the queue's other threads, and where it has none, performed by the caller before async
-/// returns.
+/// returns; on macOS it waits until Grand Central Dispatch has a thread again.
 class HALVARIN_EXPORT Queue {
  public:
   enum class Kind {
@@ -78,7 +81,7 @@ class HALVARIN_EXPORT Queue {
                  // block
   };
 
-  /// The label names the queue's threads, as far as the system has room for it.
+  /// The label names the queue (macOS) or its threads, as far as the system has room for it.
   Queue(std::string label, Kind kind);
 
   /// Comes back at once.
@@ -92,6 +95,8 @@ class HALVARIN_EXPORT Queue {
   [[nodiscard]] const std::string& label() const;
 
  private:
+  friend class Group;
+
   class Body;
   std::shared_ptr<Body> body_;
 };

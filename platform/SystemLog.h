@@ -5,7 +5,8 @@
 
 #include "base/Export.h"
 
-// The system log. Bodies: posix/SystemLog.cpp (standard error and syslog).
+// The system log. Body: posix/SystemLog.cpp over posix/SystemLogLine.cpp (standard error and
+// syslog) or macos/SystemLogLine.mm (NSLog).
 
 namespace halvarin::platform {
 

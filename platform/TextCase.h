@@ -5,7 +5,8 @@
 
 #include "base/Export.h"
 
-// Letters without their case. Bodies: posix/TextCase.cpp.
+// Letters without their case. Body: posix/TextCase.cpp over posix/LowerCase.cpp or
+// macos/LowerCase.cpp.
 
 namespace halvarin::platform {
 

@@ -4,7 +4,7 @@
 
 #include "base/Export.h"
 
-// How texts are ordered for people. Bodies: posix/TextOrder.cpp.
+// How texts are ordered for people. Bodies: posix/TextOrder.cpp, macos/TextOrder.cpp.
 
 namespace halvarin::platform {
 

@@ -91,6 +91,7 @@ bool QXSMCInterface::start() {
   setSmcWriteLock(std::make_shared<Mutex>());
   setWriteTaskPath(platform::auxiliaryExecutablePath("com.quorvane.writeSMC"));
   distObj_ = Value();
+  platform::forwardApplicationEnd();
   observeTermination();
   return true;
 }

@@ -17,6 +17,9 @@
 #include "host/Exit.h"
 #include "platform/HostServices.h"
 
+// Every program has it; not every system's headers say so.
+extern "C" char** environ;  // NOLINT(readability-redundant-declaration): those of this one do
+
 namespace halvarin::host {
 
 namespace {

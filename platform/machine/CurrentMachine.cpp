@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/AtomicProperty.h"
+#include "base/Exception.h"
 #include "platform/machine/HandleLedger.h"
 #include "platform/machine/UnchosenMachine.h"
 
@@ -37,6 +38,10 @@ AtomicProperty<Current>& slot() {
 }  // namespace
 
 void setMachine(std::shared_ptr<Machine> machine, std::shared_ptr<Clock> clock) {
+  if (machine && !machineMayBeChosen()) {
+    throw Exception(Exception::kInvalidArgument,
+                    "the platform's calls ask this computer and no other machine");
+  }
   slot().set(choice(std::move(machine), std::move(clock)));
 }
 

@@ -12,9 +12,14 @@ namespace halvarin::platform {
 /// Chooses the machine that answers the platform's calls in this process, and the clock that it
 /// lives by (currentClock), before the first use of a shared instance. A null machine chooses the
 /// computer itself again, a null clock the computer's own. Waits that have begun keep the clock
-/// they began with. Any thread.
+/// they began with. Throws Exception (invalid argument), and changes nothing, for another machine
+/// than the computer itself where machineMayBeChosen() says no. Any thread.
 HALVARIN_EXPORT void setMachine(std::shared_ptr<Machine> machine,
                                 std::shared_ptr<Clock> clock = nullptr);
+
+/// Whether the platform's calls ask the chosen machine. On macOS they are the system's own and ask
+/// nobody: a host that believed in a simulated machine would command the fans of the real one.
+[[nodiscard]] HALVARIN_EXPORT bool machineMayBeChosen();
 
 /// The chosen machine; without a choice the computer itself. Never null.
 [[nodiscard]] HALVARIN_EXPORT std::shared_ptr<Machine> currentMachine();

@@ -6,7 +6,7 @@
 
 #include "platform/machine/BuiltInMachine.h"
 #include "platform/machine/SimulatedMachine.h"
-#include "platform/machine/linux/ThisComputer.h"
+#include "platform/machine/ThisComputer.h"
 #include "platform/machine/remote/RemoteMachine.h"
 
 namespace halvarin::platform {

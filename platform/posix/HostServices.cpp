@@ -1,14 +1,12 @@
 #include "platform/HostServices.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <memory>
-#include <system_error>
 #include <utility>
 
 #include "base/AtomicProperty.h"
 #include "platform/MainThread.h"
-#include "platform/SystemLog.h"
+#include "platform/posix/HostBundle.h"
 
 namespace halvarin::platform {
 
@@ -39,27 +37,18 @@ HostFunction<AlertPresenter>& thePresenter() {
   return *presenter;
 }
 
-std::string logLine(const Alert& alert) {
+}  // namespace
+
+std::string alertLine(const Alert& alert) {
   std::string line = alert.messageText + " " + alert.informativeText;
   std::replace(line.begin(), line.end(), '\n', ' ');
   return line;
 }
 
-}  // namespace
-
-std::optional<std::string> auxiliaryExecutablePath(std::string_view /*name*/) {
-  return std::nullopt;
-}
-
-std::string ownExecutablePath() {
-  std::error_code unknown;
-  return std::filesystem::read_symlink("/proc/self/exe", unknown).string();
-}
-
 std::string localizedText(std::string_view text) {
   const auto translator = theTranslator().get();
   std::optional<std::string> translation = translator ? (*translator)(text) : std::nullopt;
-  return translation ? *std::move(translation) : std::string(text);
+  return translation ? *std::move(translation) : bundleText(text);
 }
 
 void setTextTranslator(TextTranslator translator) {
@@ -69,7 +58,7 @@ void setTextTranslator(TextTranslator translator) {
 void showAlert(Alert alert) {
   const auto presenter = thePresenter().get();
   if (!presenter) {
-    systemLog(logLine(alert));
+    showAlertOfApplication(alert);
     return;
   }
   MainThread::perform([presenter, alert = std::move(alert)] { (*presenter)(alert); });

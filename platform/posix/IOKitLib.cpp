@@ -108,3 +108,11 @@ kern_return_t IOObjectRelease(io_object_t object) {
 }
 
 }  // extern "C"
+
+namespace halvarin::platform {
+
+bool machineMayBeChosen() {
+  return true;
+}
+
+}  // namespace halvarin::platform

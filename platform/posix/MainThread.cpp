@@ -1,6 +1,5 @@
 #include "platform/MainThread.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,6 +11,9 @@
 
 #include "base/Mutex.h"
 #include "base/ScopeGuard.h"
+#include "platform/posix/DetachedThread.h"
+#include "platform/posix/PrivateDescriptors.h"
+#include "platform/posix/SystemLoop.h"
 
 namespace halvarin::platform {
 
@@ -24,7 +26,7 @@ using Work = std::function<void()>;
 class WaitingSign {
  public:
   [[nodiscard]] int descriptor(bool waiting) {
-    if (ends_[0] < 0 && ::pipe2(ends_.data(), O_CLOEXEC | O_NONBLOCK) == 0 && waiting) {
+    if (ends_[0] < 0 && openPrivatePipe(ends_) == 0 && waiting) {
       show();
     }
     return ends_[0];
@@ -65,6 +67,8 @@ class Loop {
 
   [[nodiscard]] int descriptor();
 
+  void beginCallOfSystemLoop();
+
  private:
   [[nodiscard]] std::optional<Work> take() HALVARIN_REQUIRES(mutex_);
 
@@ -74,7 +78,11 @@ class Loop {
   WaitingSign sign_ HALVARIN_GUARDED_BY(mutex_);
   std::vector<Run*> runs_ HALVARIN_GUARDED_BY(mutex_);  // the innermost is the last
   bool nextRunStopped_ HALVARIN_GUARDED_BY(mutex_) = false;
+  // One call at a time: in a program that never runs the system's loop they would pile up.
+  bool systemLoopWillCall_ HALVARIN_GUARDED_BY(mutex_) = false;
 };
+
+void performForSystemLoop(void* context);
 
 void Loop::add(Work work) {
   const MutexLock lock(mutex_);
@@ -83,6 +91,14 @@ void Loop::add(Work work) {
     sign_.show();
   }
   changed_.notifyAll();
+  if (!std::exchange(systemLoopWillCall_, true)) {
+    callFromSystemLoop(&performForSystemLoop);
+  }
+}
+
+void Loop::beginCallOfSystemLoop() {
+  const MutexLock lock(mutex_);
+  systemLoopWillCall_ = false;
 }
 
 std::size_t Loop::waiting() {
@@ -141,6 +157,12 @@ int Loop::descriptor() {
 Loop& theLoop() {
   static auto* const loop = new Loop;  // other threads may give it work after main has ended
   return *loop;
+}
+
+// What work arrives from now on has the loop call again. A loop in C lets no exception through.
+void performForSystemLoop(void* /*context*/) {
+  theLoop().beginCallOfSystemLoop();
+  performAsThread([] { MainThread::performPending(); });
 }
 
 }  // namespace

@@ -1,26 +1,17 @@
 #include "platform/SystemLog.h"
 
-#include <syslog.h>
-
-#include <cstdio>
-#include <string>
 #include <utility>
 
 #include "base/Mutex.h"
+#include "platform/posix/SystemLogLine.h"
 
 namespace halvarin::platform {
 
 namespace {
 
-void writeToSystem(std::string_view line) {
-  const std::string text(line);
-  std::fprintf(stderr, "%s\n", text.c_str());
-  syslog(LOG_USER | LOG_NOTICE, "%s", text.c_str());
-}
-
 struct Log {
   Mutex mutex;
-  SystemLogSink sink HALVARIN_GUARDED_BY(mutex) = &writeToSystem;
+  SystemLogSink sink HALVARIN_GUARDED_BY(mutex) = &writeSystemLogLine;
 };
 
 Log& theLog() {
@@ -40,7 +31,7 @@ void setSystemLogSink(SystemLogSink sink) {
   Log& log = theLog();
   const MutexLock lock(log.mutex);
   if (!sink) {
-    sink = &writeToSystem;
+    sink = &writeSystemLogLine;
   }
   std::swap(log.sink, sink);  // the old one is destroyed by the caller, outside the lock
 }

@@ -1,6 +1,6 @@
 #include "platform/machine/UnchosenMachine.h"
 
-#include "platform/machine/linux/ThisComputer.h"
+#include "platform/machine/ThisComputer.h"
 
 namespace halvarin::platform {
 

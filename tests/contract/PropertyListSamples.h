@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -34,11 +35,15 @@ inline std::string told(double number) {
   return std::string(text.data()) + "r";
 }
 
-/// A value with everything in it as one text; looks into every deferred dictionary.
+/// A value with everything in it as one text; looks into every deferred dictionary. Entries stand
+/// by their names: not every system keeps their order.
 inline std::string told(const Value& value) {
   if (const DictionaryRef dictionary = value.dictionary()) {
     std::string text = "{";
-    for (const auto& [name, entry] : dictionary->entries()) {
+    Dictionary::Entries entries = dictionary->entries();
+    std::sort(entries.begin(), entries.end(),
+              [](const auto& a, const auto& b) { return a.first.view() < b.first.view(); });
+    for (const auto& [name, entry] : entries) {
       text += name.string() + "=" + told(entry) + ";";
     }
     return text + "}";

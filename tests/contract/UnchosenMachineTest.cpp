@@ -5,7 +5,7 @@
 
 #include <typeinfo>
 
-#include "platform/machine/linux/ThisComputer.h"
+#include "platform/machine/ThisComputer.h"
 
 namespace halvarin::test {
 namespace {

@@ -13,7 +13,7 @@
 #include "base/Mutex.h"
 #include "platform/machine/MachineFile.h"
 #include "platform/machine/SimulatedMachine.h"
-#include "platform/machine/linux/ThisComputer.h"
+#include "platform/machine/ThisComputer.h"
 #include "platform/machine/remote/MachineServer.h"
 #include "tests/generated/TestPaths.h"
 #include "tests/support/ProgramRun.h"

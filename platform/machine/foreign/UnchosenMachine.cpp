@@ -10,7 +10,7 @@
 #include "base/PrintableText.h"
 #include "platform/machine/BareComputer.h"
 #include "platform/machine/MachineSource.h"
-#include "platform/machine/linux/ThisComputer.h"
+#include "platform/machine/ThisComputer.h"
 
 namespace halvarin::platform {
 

@@ -1,10 +1,14 @@
 #include "platform/machine/remote/ListeningSocket.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <utility>
+
+#include "platform/posix/PrivateDescriptors.h"
 
 namespace halvarin::platform {
 
@@ -21,8 +25,8 @@ std::string cleared(const SocketAddress& address, const std::string& path) {
   if (!S_ISSOCK(file.st_mode)) {
     return "something that is no socket is there";
   }
-  const ScopedDescriptor probe = newStreamSocket(SOCK_NONBLOCK);
-  if (!probe.isOpen()) {
+  const ScopedDescriptor probe = newStreamSocket();
+  if (!probe.isOpen() || neverWait(probe.number()) != 0) {
     return systemReason(errno);
   }
   const int error = address.connect(probe);
@@ -64,17 +68,24 @@ std::variant<std::unique_ptr<ListeningSocket>, std::string> ListeningSocket::at(
   }
   std::string fault = cleared(std::get<SocketAddress>(address), path);
   ScopedDescriptor socket = newStreamSocket();
+  std::array<int, 2> stopEnds{-1, -1};
+  if (fault.empty() && openPrivatePipe(stopEnds) != 0) {
+    fault = systemReason(errno);
+  }
+  StopSign stopSign{ScopedDescriptor(stopEnds[0]), ScopedDescriptor(stopEnds[1])};
   if (fault.empty()) {
     fault = bound(std::get<SocketAddress>(address), socket, path);
   }
   if (!fault.empty()) {
     return path + ": cannot listen: " + fault;
   }
-  return std::unique_ptr<ListeningSocket>(new ListeningSocket(std::move(socket), path));
+  return std::unique_ptr<ListeningSocket>(
+      new ListeningSocket(std::move(socket), std::move(stopSign), path));
 }
 
-ListeningSocket::ListeningSocket(ScopedDescriptor descriptor, const std::string& path)
-    : descriptor_(std::move(descriptor)), path_(path) {
+ListeningSocket::ListeningSocket(ScopedDescriptor descriptor, StopSign stopSign,
+                                 const std::string& path)
+    : descriptor_(std::move(descriptor)), stopSign_(std::move(stopSign)), path_(path) {
   ::lstat(path.c_str(), &file_);
 }
 
@@ -86,16 +97,30 @@ ListeningSocket::~ListeningSocket() {
   }
 }
 
+// False once stop() was called.
+bool ListeningSocket::awaitClient() const {
+  std::array<pollfd, 2> asked{
+      {{descriptor_.number(), POLLIN, 0}, {stopSign_.read.number(), POLLIN, 0}}};
+  int found = 0;
+  do {
+    found = ::poll(asked.data(), asked.size(), -1);
+  } while (found < 0 && errno == EINTR);
+  return found > 0 && asked[1].revents == 0;
+}
+
 std::unique_ptr<MachineSocket> ListeningSocket::accept() const {
   int client = -1;
   do {
-    client = ::accept4(descriptor_.number(), nullptr, nullptr, SOCK_CLOEXEC);
+    if (!awaitClient()) {
+      return nullptr;
+    }
+    client = acceptPrivateSocket(descriptor_.number());
   } while (client < 0 && (errno == EINTR || errno == ECONNABORTED));
   return client < 0 ? nullptr : std::make_unique<MachineSocket>(ScopedDescriptor(client));
 }
 
 void ListeningSocket::stop() const {
-  ::shutdown(descriptor_.number(), SHUT_RDWR);
+  [[maybe_unused]] const ssize_t written = ::write(stopSign_.write.number(), "", 1);
 }
 
 }  // namespace halvarin::platform

@@ -31,9 +31,18 @@ class ListeningSocket {
   void stop() const;
 
  private:
-  ListeningSocket(ScopedDescriptor descriptor, const std::string& path);
+  // A pipe that holds a byte once stop() was called: not every system ends an accept() that waits
+  // when its socket is shut down.
+  struct StopSign {
+    ScopedDescriptor read;
+    ScopedDescriptor write;
+  };
+
+  ListeningSocket(ScopedDescriptor descriptor, StopSign stopSign, const std::string& path);
+  [[nodiscard]] bool awaitClient() const;
 
   const ScopedDescriptor descriptor_;
+  const StopSign stopSign_;
   const std::string path_;
   struct stat file_ {};  // so that the file of a later server is not removed
 };

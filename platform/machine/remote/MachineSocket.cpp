@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstddef>
 
+#include "platform/posix/PrivateDescriptors.h"
+
 namespace halvarin::platform {
 
 namespace {
@@ -16,8 +18,7 @@ constexpr std::size_t kLengthBytes = 4;
 
 bool sendAll(int socket, std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
-    // Without the flag a client that is gone would end this process by a signal.
-    const ssize_t sent = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    const auto sent = sendWithoutSignal(socket, bytes.data(), bytes.size());
     if (sent > 0) {
       bytes = bytes.subspan(static_cast<std::size_t>(sent));
     } else if (sent == 0 || errno != EINTR) {
@@ -83,7 +84,7 @@ bool MachineSocket::limitWaits(std::chrono::milliseconds limit) const {
   timeval time{};
   const auto seconds = std::chrono::floor<std::chrono::seconds>(limit);
   time.tv_sec = seconds.count();
-  time.tv_usec = std::chrono::microseconds(limit - seconds).count();
+  time.tv_usec = static_cast<suseconds_t>(std::chrono::microseconds(limit - seconds).count());
   const int socket = descriptor_.number();
   return ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time) == 0 &&
          ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &time, sizeof time) == 0;

@@ -8,6 +8,8 @@
 #include <iterator>
 #include <system_error>
 
+#include "platform/posix/PrivateDescriptors.h"
+
 namespace halvarin::platform {
 
 ScopedDescriptor::~ScopedDescriptor() {
@@ -49,8 +51,8 @@ const sockaddr* SocketAddress::name() const {
   return static_cast<const sockaddr*>(static_cast<const void*>(&name_));
 }
 
-ScopedDescriptor newStreamSocket(int flags) {
-  return ScopedDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0));
+ScopedDescriptor newStreamSocket() {
+  return ScopedDescriptor(openPrivateSocket());
 }
 
 std::string systemReason(int error) {

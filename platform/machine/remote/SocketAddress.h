@@ -42,8 +42,8 @@ class SocketAddress {
   sockaddr_un name_{};
 };
 
-/// A stream socket that programs started later do not inherit; `flags` as SOCK_NONBLOCK.
-[[nodiscard]] ScopedDescriptor newStreamSocket(int flags = 0);
+/// A stream socket that programs started later do not inherit.
+[[nodiscard]] ScopedDescriptor newStreamSocket();
 
 /// What an error number of the system means, for a person.
 [[nodiscard]] std::string systemReason(int error);

@@ -180,6 +180,23 @@ TEST(Text, TrimsBlanksAndTabsAtBothEndsOnly) {
   }
 }
 
+TEST(Text, LeadingUtf8EndsBeforeTheFirstByteThatIsNone) {
+  constexpr TrimRow kRows[] = {
+      {"empty", "", ""},
+      {"all of it", "L\u00FCfter \U0001F300", "L\u00FCfter \U0001F300"},
+      {"a zero byte is a character", std::string_view("a\0b", 3), std::string_view("a\0b", 3)},
+      {"no byte of it", "\xFFx", ""},
+      {"before a byte alone", "ab\x80x", "ab"},
+      {"before a sequence that ends early", "ab\xC3", "ab"},
+      {"before half of a pair", "ab\xED\xA0\x80x", "ab"},
+      {"before too long a sequence", "ab\xC1\x81x", "ab"},
+  };
+  for (const TrimRow& row : kRows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(leadingUtf8(row.text), row.expected);
+  }
+}
+
 TEST(Text, TrimsWithinTheTextThatItWasGiven) {
   constexpr std::string_view kText = "  CPU  ";
   EXPECT_EQ(trimmed(kText).data(), kText.data() + 2);

@@ -15,7 +15,7 @@
 
 #include "platform/machine/BuiltInMachine.h"
 #include "platform/machine/SimulatedMachine.h"
-#include "platform/machine/linux/ThisComputer.h"
+#include "platform/machine/ThisComputer.h"
 #include "platform/machine/remote/MachineServer.h"
 #include "tests/generated/TestPaths.h"
 #include "tests/support/Machines.h"

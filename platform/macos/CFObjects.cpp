@@ -1,0 +1,56 @@
+#include "platform/macos/CFObjects.h"
+
+#include <cstdint>
+#include <span>
+#include <utility>
+
+namespace halvarin::platform {
+
+namespace {
+
+Owned<CFStringRef> decoded(std::string_view bytes, CFStringEncoding encoding) {
+  return Owned<CFStringRef>(CFStringCreateWithBytes(
+      kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
+      static_cast<CFIndex>(bytes.size()), encoding, static_cast<Boolean>(false)));
+}
+
+}  // namespace
+
+Owned<CFStringRef> cfText(std::string_view utf8) {
+  return decoded(utf8, kCFStringEncodingUTF8);
+}
+
+Owned<CFStringRef> cfTextOfAnyBytes(std::string_view bytes) {
+  Owned<CFStringRef> text = cfText(bytes);
+  return text ? std::move(text) : decoded(bytes, kCFStringEncodingISOLatin1);
+}
+
+std::string utf8Of(CFStringRef text) {
+  const CFRange all = CFRangeMake(0, CFStringGetLength(text));
+  constexpr UInt8 kInsteadOfHalves = '?';
+  const auto noMark = static_cast<Boolean>(false);
+  CFIndex size = 0;
+  CFStringGetBytes(text, all, kCFStringEncodingUTF8, kInsteadOfHalves, noMark, nullptr, 0, &size);
+  std::string utf8(static_cast<std::size_t>(size), '\0');
+  CFStringGetBytes(text, all, kCFStringEncodingUTF8, kInsteadOfHalves, noMark,
+                   reinterpret_cast<UInt8*>(utf8.data()), size, &size);
+  return utf8;
+}
+
+Owned<CFDataRef> cfData(const Data& data) {
+  return Owned<CFDataRef>(
+      CFDataCreate(kCFAllocatorDefault, data.bytes().data(), static_cast<CFIndex>(data.size())));
+}
+
+Data dataOf(CFDataRef data) {
+  return Data(std::span<const std::uint8_t>(CFDataGetBytePtr(data),
+                                            static_cast<std::size_t>(CFDataGetLength(data))));
+}
+
+std::string takeDescription(CFErrorRef error) {
+  const Owned<CFErrorRef> owned(error);
+  const Owned<CFStringRef> text(owned ? CFErrorCopyDescription(error) : nullptr);
+  return text ? utf8Of(text.get()) : "";
+}
+
+}  // namespace halvarin::platform

@@ -1,0 +1,23 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include <string_view>
+
+// Memory, here and in every Objective-C++ file: automatic reference counting (-fobjc-arc). Objects
+// are never retained or released by hand.
+
+namespace halvarin::platform {
+
+/// Bytes that are not UTF-8 count as one character each. Never nil.
+inline NSString* foundationText(std::string_view bytes) {
+  NSString* const text = [[NSString alloc] initWithBytes:bytes.data()
+                                                  length:bytes.size()
+                                                encoding:NSUTF8StringEncoding];
+  return text != nil ? text
+                     : [[NSString alloc] initWithBytes:bytes.data()
+                                                length:bytes.size()
+                                              encoding:NSISOLatin1StringEncoding];
+}
+
+}  // namespace halvarin::platform

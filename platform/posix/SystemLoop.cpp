@@ -1,0 +1,7 @@
+#include "platform/posix/SystemLoop.h"
+
+namespace halvarin::platform {
+
+void callFromSystemLoop(void (* /*function*/)(void*)) {}
+
+}  // namespace halvarin::platform
