@@ -15,6 +15,7 @@ namespace {
 // The driver does not tell attributes; this one says no more than that a key can be read.
 constexpr std::uint8_t kReadable = 0x80;
 constexpr std::uint32_t kCountBytes = 4;
+constexpr std::uint32_t kForceBitsBytes = 2;
 
 const FourBytes kCountKey = fourBytes("#KEY");
 const FourBytes kForceBitsKey = fourBytes("FS! ");
@@ -154,6 +155,7 @@ DriverAnswer AppleSmcKeys::readEntry(const KeyDirectory::Entry& entry) {
     answered_.insert(number(entry.facts.code));
     last_ = entry;
   }
+  keepForceBits(entry.facts.code, bytes);
   DriverAnswer answer;
   std::copy(bytes.begin(), bytes.end(), answer.reply.bytes.begin());
   return answer;
@@ -211,10 +213,29 @@ DriverAnswer AppleSmcKeys::write(const ControllerRequest& request) {
   if (name) {
     return writeFan(*name, entry.facts, request);
   }
-  constexpr std::uint32_t kForceBitsBytes = 2;
   return request.sizeBytes == kForceBitsBytes
-             ? writeAnswer(fans_.setForceBits(request.bytes[0] * 256U + request.bytes[1]))
+             ? writeForceBits(request.bytes[0] * 256U + request.bytes[1])
              : refusal(kResultNotWritable);
+}
+
+void AppleSmcKeys::keepForceBits(const FourBytes& code, const std::string& bytes) {
+  if (code == kForceBitsKey && bytes.size() == kForceBitsBytes) {
+    const MutexLock lock(mutex_);
+    forceBits_ = static_cast<std::uint8_t>(bytes[0]) * 256U + static_cast<std::uint8_t>(bytes[1]);
+  }
+}
+
+/// Whoever sets one bit writes all, the others as they were when it read them. Another process may
+/// have handed its fan back since: that fan must not be forced again.
+DriverAnswer AppleSmcKeys::writeForceBits(std::uint32_t bits) {
+  const MutexLock lock(mutex_);
+  const int error = fans_.setForceBits(bits, forceBits_);
+  if (error == 0) {
+    forceBits_ = bits;
+  } else if (forceBits_) {
+    *forceBits_ |= bits;  // what failed may have been done: it is handed back if that is asked for
+  }
+  return writeAnswer(error);
 }
 
 DriverAnswer AppleSmcKeys::writeFan(const FanKeyName& name, const KeyFacts& facts,

@@ -41,6 +41,8 @@ class AppleSmcKeys : public DriverKeys {
                                       const ControllerRequest& request);
   [[nodiscard]] DriverAnswer writeSpeed(const FanKeyName& name, const KeyFacts& facts,
                                         const ControllerRequest& request);
+  [[nodiscard]] DriverAnswer writeForceBits(std::uint32_t bits);
+  void keepForceBits(const FourBytes& code, const std::string& bytes);
   [[nodiscard]] bool isRefused(const FourBytes& code);
   [[nodiscard]] bool anotherAnswers(const FourBytes& code);
 
@@ -53,6 +55,8 @@ class AppleSmcKeys : public DriverKeys {
   std::unordered_set<std::uint32_t> answered_ HALVARIN_GUARDED_BY(mutex_);  // by code
   // The last key that gave a value.
   std::optional<KeyDirectory::Entry> last_ HALVARIN_GUARDED_BY(mutex_);
+  // As this process last read them, with what it has written since.
+  std::optional<std::uint32_t> forceBits_ HALVARIN_GUARDED_BY(mutex_);
 };
 
 }  // namespace halvarin::platform

@@ -23,6 +23,10 @@ bool isNewer(std::string_view name) {
          attributeNumber(name, "pwm", "_enable").has_value();
 }
 
+bool hasBit(std::uint32_t bits, std::uint32_t fan) {
+  return ((bits >> fan) & 1U) != 0;
+}
+
 /// Does the same with all of them, also after an error: one fan that cannot be written keeps none
 /// of the others forced. Returns the first error.
 template <typename Item, typename Action>
@@ -61,33 +65,49 @@ int FanFiles::setForced(std::uint32_t fan, bool forced) {
   return file.path.empty() ? ENOTSUP : writeMode(file, forced);
 }
 
-int FanFiles::setForceBits(std::uint32_t bits) {
+int FanFiles::setForceBits(std::uint32_t bits, std::optional<std::uint32_t> before) {
   const Family known = family();
   if (known != Family::older && known != Family::newer) {
     return ENOTSUP;
   }
-  std::vector<ModeFile> toForce;
-  std::vector<ModeFile> toHandBack;
-  std::vector<ModeFile> toKeep;
-  for (std::uint32_t fan = 0; fan < kMostForceBits; ++fan) {
-    const bool forced = ((bits >> fan) & 1U) != 0;
-    const ModeFile file = modeFile(known, fan);
-    if (file.path.empty() && forced) {
-      return ENOTSUP;
-    }
-    if (!file.path.empty()) {
-      const bool isSo = lineOf(*files_, file.path) == (forced ? file.forced : file.automatic);
-      (isSo ? toKeep : forced ? toForce : toHandBack).push_back(file);
-    }
+  const Changes changes = changesFor(known, bits, before);
+  if (changes.toForce.empty() && changes.toHandBack.empty() && !changes.isMissing) {
+    return keep(changes);
   }
-  if (toForce.empty() && toHandBack.empty()) {
-    return firstError(toKeep, [this](const ModeFile& file) { return files_->mayWrite(file.path); });
+  const int handedBack = firstError(
+      changes.toHandBack, [this](const ModeFile& file) { return writeMode(file, false); });
+  if (changes.isMissing) {
+    return handedBack != 0 ? handedBack : ENOTSUP;
   }
-  const int handedBack =
-      firstError(toHandBack, [this](const ModeFile& file) { return writeMode(file, false); });
   const int forced =
-      firstError(toForce, [this](const ModeFile& file) { return writeMode(file, true); });
+      firstError(changes.toForce, [this](const ModeFile& file) { return writeMode(file, true); });
   return handedBack != 0 ? handedBack : forced;
+}
+
+FanFiles::Changes FanFiles::changesFor(Family family, std::uint32_t bits,
+                                       std::optional<std::uint32_t> before) const {
+  Changes changes;
+  for (std::uint32_t fan = 0; fan < kMostForceBits; ++fan) {
+    const bool forced = hasBit(bits, fan);
+    const ModeFile file = modeFile(family, fan);
+    const bool hasFile = !file.path.empty();
+    const bool isSo = hasFile ? isShown(file, forced) : !forced;
+    const bool differs = before ? hasBit(*before, fan) != forced : !isSo;
+    if (hasFile) {
+      (!differs ? changes.toKeep : forced ? changes.toForce : changes.toHandBack).push_back(file);
+    }
+    changes.isMissing = changes.isMissing || (differs && !hasFile);
+    changes.areShown = changes.areShown && (differs || !hasFile || isSo);
+  }
+  return changes;
+}
+
+int FanFiles::keep(const Changes& changes) const {
+  if (!changes.areShown) {
+    return EREMOTEIO;
+  }
+  return firstError(changes.toKeep,
+                    [this](const ModeFile& file) { return files_->mayWrite(file.path); });
 }
 
 FanFiles::Family FanFiles::family() const {
@@ -131,8 +151,12 @@ int FanFiles::setSpeed(const std::string& path, double rpm) const {
   return isSpeed ? writeAndRead(path, std::to_string(static_cast<int>(whole))) : EINVAL;
 }
 
+bool FanFiles::isShown(const ModeFile& file, bool forced) const {
+  return lineOf(*files_, file.path) == file.text(forced);
+}
+
 int FanFiles::writeMode(const ModeFile& file, bool forced) const {
-  return writeAndRead(file.path, forced ? file.forced : file.automatic);
+  return writeAndRead(file.path, file.text(forced));
 }
 
 int FanFiles::writeAndRead(const std::string& path, std::string_view text) const {

@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/machine/linux/FileTree.h"
 #include "platform/machine/linux/SmcDriver.h"
@@ -29,9 +31,12 @@ class FanFiles {
   /// Forces a fan, or hands it back to automatic control.
   [[nodiscard]] int setForced(std::uint32_t fan, bool forced);
 
-  /// Forces the fans whose bits are set, hands the others back, and writes to none that is so
-  /// already. ENOTSUP, and nothing is written, when a bit is set for a fan that is not there.
-  [[nodiscard]] int setForceBits(std::uint32_t bits);
+  /// Forces and hands back the fans whose bits are others than `before`, which is what the writer
+  /// has read: the rest is somebody else's by now, or never was the writer's. Absent: whose bits
+  /// the files do not show. ENOTSUP when such a bit has no file: fans are handed back all the same,
+  /// and none is forced. EREMOTEIO also when no bit differs and yet the files show others; an error
+  /// of the system also when no bit differs and no fan could be written to.
+  [[nodiscard]] int setForceBits(std::uint32_t bits, std::optional<std::uint32_t> before);
 
  private:
   /// How the driver of this kernel names the files and what their values mean. The same "2" has
@@ -41,11 +46,26 @@ class FanFiles {
     std::string path;  // "" for none
     std::string_view forced;
     std::string_view automatic;
+    [[nodiscard]] std::string_view text(bool isForced) const {
+      return isForced ? forced : automatic;
+    }
+  };
+  /// What becomes of the fans when force bits are written.
+  struct Changes {
+    std::vector<ModeFile> toForce;
+    std::vector<ModeFile> toHandBack;
+    std::vector<ModeFile> toKeep;
+    bool areShown = true;    // the files of those to keep show what is asked for
+    bool isMissing = false;  // a fan that would have to be written to has no file
   };
 
   [[nodiscard]] Family family() const;
   [[nodiscard]] ModeFile modeFile(Family family, std::uint32_t fan) const;
   [[nodiscard]] std::string fanFile(std::uint32_t fan, std::string_view ending) const;
+  [[nodiscard]] Changes changesFor(Family family, std::uint32_t bits,
+                                   std::optional<std::uint32_t> before) const;
+  [[nodiscard]] int keep(const Changes& changes) const;
+  [[nodiscard]] bool isShown(const ModeFile& file, bool forced) const;
   [[nodiscard]] int setSpeed(const std::string& path, double rpm) const;
   [[nodiscard]] int writeMode(const ModeFile& file, bool forced) const;
   [[nodiscard]] int writeAndRead(const std::string& path, std::string_view text) const;

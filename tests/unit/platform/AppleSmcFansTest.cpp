@@ -53,6 +53,28 @@ TEST_F(SmcFans, AreForcedAndHandedBackByTheirBits) {
   EXPECT_THAT(writes(), ElementsAre("fan2_manual 1", "fan2_output 2500", "fan2_manual 0"));
 }
 
+TEST_F(SmcFans, StayHandedBackByAnotherProcessWhenItsBitIsWrittenAsItWasRead) {
+  bench_.driver()->setForced(0, true);
+  bench_.driver()->setForced(1, true);
+  const auto others = bench_.newKeys();
+  ASSERT_EQ(bytesOf(readOf(*keys_, "FS! ", 2), 2), (Bytes{0, 3}));
+  ASSERT_EQ(bytesOf(readOf(*others, "FS! ", 2), 2), (Bytes{0, 3}));
+  EXPECT_EQ(write("FS! ", {0, 2}), 0);
+  EXPECT_EQ(writeOf(*others, "FS! ", {0, 1}).reply.result, 0);
+  EXPECT_EQ(bytesOf(readOf(*keys_, "FS! ", 2), 2), (Bytes{0, 0}));
+  EXPECT_THAT(writes(), ElementsAre("fan1_manual 0", "fan2_manual 0"));
+}
+
+TEST_F(SmcFans, AreHandedBackWhenTheirBitsCouldNotBeReadSinceTheyWereForced) {
+  ASSERT_EQ(bytesOf(readOf(*keys_, "FS! ", 2), 2), (Bytes{0, 0}));
+  EXPECT_EQ(write("FS! ", {0, 1}), 0);
+  bench_.driver()->setForced(1, true);
+  bench_.driver()->setSilent(true);
+  EXPECT_NE(readOf(*keys_, "FS! ", 2).status, 0);
+  EXPECT_EQ(write("FS! ", {0, 0}), 0);
+  EXPECT_THAT(writes(), ElementsAre("fan1_manual 1", "fan1_manual 0"));
+}
+
 TEST_F(SmcFans, TakeALeastSpeed) {
   EXPECT_EQ(write("F0Mn", {0x12, 0xC0}), 0);
   EXPECT_THAT(writes(), ElementsAre("fan1_min 1200"));

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/machine/linux/DiskTree.h"
@@ -67,8 +68,8 @@ TEST(FanFiles, AreNotWrittenWhereTheNamesOfBothAreThere) {
   EXPECT_EQ(files.setForced(0, false), ENOTSUP);
   EXPECT_EQ(files.setTarget(0, 2500), ENOTSUP);
   EXPECT_EQ(files.setMinimum(0, 1300), ENOTSUP);
-  EXPECT_EQ(files.setForceBits(1), ENOTSUP);
-  EXPECT_EQ(files.setForceBits(0), ENOTSUP);
+  EXPECT_EQ(files.setForceBits(1, std::nullopt), ENOTSUP);
+  EXPECT_EQ(files.setForceBits(0, std::nullopt), ENOTSUP);
   EXPECT_THAT(bench.driver().writes(), IsEmpty());
 }
 
@@ -79,8 +80,8 @@ TEST(FanFiles, AreNotWrittenForAFanThatIsNotThere) {
     EXPECT_EQ(files.setForced(2, true), ENOTSUP);
     EXPECT_EQ(files.setTarget(2, 2500), ENOTSUP);
     EXPECT_EQ(files.setMinimum(2, 1300), ENOTSUP);
-    EXPECT_EQ(files.setForceBits(0x0005), ENOTSUP);
-    EXPECT_EQ(files.setForceBits(0x8000), ENOTSUP);
+    EXPECT_EQ(files.setForceBits(0x0005, std::nullopt), ENOTSUP);
+    EXPECT_EQ(files.setForceBits(0x8000, std::nullopt), ENOTSUP);
     EXPECT_THAT(bench.driver().writes(), IsEmpty());
   }
 }
@@ -92,14 +93,38 @@ TEST(FanFiles, AreWrittenOnlyForForceBitsThatDiffer) {
     const FanBench bench(names);
     FanFiles files = bench.files();
     bench.driver().setForced(0, true);
-    EXPECT_EQ(files.setForceBits(0x0001), 0);
+    EXPECT_EQ(files.setForceBits(0x0001, std::nullopt), 0);
     EXPECT_THAT(bench.driver().writes(), IsEmpty());
-    EXPECT_EQ(files.setForceBits(0x0002), 0);
+    EXPECT_EQ(files.setForceBits(0x0002, std::nullopt), 0);
     EXPECT_THAT(bench.driver().writes(), ElementsAre(isOlder ? "fan1_manual 0" : "pwm1_enable 2",
                                                      isOlder ? "fan2_manual 1" : "pwm2_enable 1"));
-    EXPECT_EQ(files.setForceBits(0), 0);
+    EXPECT_EQ(files.setForceBits(0, std::nullopt), 0);
     EXPECT_EQ(bench.driver().writes().size(), 3U);
   }
+}
+
+TEST(FanFiles, AreWrittenOnlyForBitsThatAreOthersThanWhenTheWriterReadThem) {
+  for (const Names names : {Names::older, Names::newer}) {
+    const FanBench bench(names);
+    bench.driver().setForced(1, true);
+    EXPECT_EQ(bench.files().setForceBits(0x0001, 0x0001), EREMOTEIO) << "nothing is forced";
+    EXPECT_EQ(bench.files().setForceBits(0, 0), EREMOTEIO) << "a fan is forced";
+    EXPECT_EQ(bench.files().setForceBits(0x0002, 0x0002), 0);
+    EXPECT_THAT(bench.driver().writes(), IsEmpty());
+    EXPECT_EQ(bench.files().setForceBits(0x0001, 0x0000), 0);
+    EXPECT_THAT(bench.driver().writes(),
+                ElementsAre(names == Names::older ? "fan1_manual 1" : "pwm1_enable 1"));
+  }
+}
+
+TEST(FanFiles, HandFansBackBesideABitOfNoFan) {
+  const FanBench bench(Names::older);
+  bench.driver().setForced(0, true);
+  EXPECT_EQ(bench.files().setForceBits(0x8000, std::nullopt), ENOTSUP);
+  EXPECT_EQ(bench.files().setForceBits(0x8000, 0x8001), 0) << "the bit was set before";
+  EXPECT_EQ(bench.files().setForceBits(0x0002, 0x8001), ENOTSUP);
+  EXPECT_THAT(bench.driver().writes(),
+              ElementsAre("fan1_manual 0", "fan1_manual 0", "fan1_manual 0"));
 }
 
 TEST(FanFiles, TakeSpeedsOf14Bits) {
@@ -119,15 +144,16 @@ TEST(FanFiles, SayWhatThisUserMayNotWrite) {
   FanFiles files = bench.files();
   EXPECT_EQ(files.setForced(0, true), EACCES);
   EXPECT_EQ(files.setTarget(0, 2500), EACCES);
-  EXPECT_EQ(files.setForceBits(1), EACCES);
-  EXPECT_EQ(files.setForceBits(0), EACCES) << "though nothing would have to be written";
+  EXPECT_EQ(files.setForceBits(1, std::nullopt), EACCES);
+  EXPECT_EQ(files.setForceBits(0, std::nullopt), EACCES)
+      << "though nothing would have to be written";
 }
 
 TEST(FanFiles, HandTheOtherFansBackThoughOneCannotBeWritten) {
   const FanBench bench(Names::older, {"fan1_manual"});
   bench.driver().setForced(0, true);
   bench.driver().setForced(1, true);
-  EXPECT_EQ(bench.files().setForceBits(0), EACCES);
+  EXPECT_EQ(bench.files().setForceBits(0, std::nullopt), EACCES);
   EXPECT_THAT(bench.driver().writes(), ElementsAre("fan2_manual 0"));
 }
 
@@ -173,7 +199,7 @@ TEST_F(PlainFans, AreNoneInAnEmptyFolder) {
   std::filesystem::create_directories(folder_.path() / "smc");
   for (const char* folder : {"/smc", "/missing", ""}) {
     EXPECT_EQ(files(folder).setForced(0, false), ENOTSUP);
-    EXPECT_EQ(files(folder).setForceBits(0), ENOTSUP);
+    EXPECT_EQ(files(folder).setForceBits(0, std::nullopt), ENOTSUP);
     EXPECT_EQ(files(folder).setTarget(0, 1), ENOTSUP);
     EXPECT_EQ(files(folder).setMinimum(0, 1), ENOTSUP);
   }
