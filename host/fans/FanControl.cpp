@@ -48,38 +48,64 @@ std::int32_t keyStatus(const std::string& key) {
   return held ? QXSMCInterface::sharedSMC()->SMCWriteKey(key, *held, size) : 0;
 }
 
+/// The key by which the machine lets a fan be forced, read afresh.
+struct FanControlKey {
+  std::string name;
+  DictionaryRef record;  // null when the machine has none
+  bool isForceBits = false;
+
+  [[nodiscard]] bool isRead() const {
+    return record && record->get(record::kError).intValue() == 0;
+  }
+  [[nodiscard]] std::uint32_t number() const {
+    return record->get(record::kValue).unsignedIntValue();
+  }
+  [[nodiscard]] std::uint32_t sizeBytes() const {
+    return record ? record->get(record::kDataSize).unsignedIntValue() : 0;
+  }
+};
+
+FanControlKey readControlKey(std::uint32_t fan) {
+  for (const std::string_view suffix : {fan::kModeSuffix, fan::kLowerModeSuffix}) {
+    const std::string key = fan::key(fan, suffix);
+    if (const DictionaryRef record = readKey(key)) {
+      return {key, record};
+    }
+  }
+  return {std::string(fan::kForceBitsKey), readKey(fan::kForceBitsKey), true};
+}
+
+std::uint32_t forceBit(std::uint32_t fan) {
+  return std::uint32_t{1} << (fan % 32);
+}
+
+/// Whether the machine shows that nobody forces the fan; false when it does not say.
+bool isSeenAutomatic(std::uint32_t fan) {
+  constexpr std::uint32_t kForcedMode = 1;
+  const FanControlKey key = readControlKey(fan);
+  return key.isRead() &&
+         (key.isForceBits ? (key.number() & forceBit(fan)) == 0 : key.number() != kForcedMode);
+}
+
+bool areSeenAutomatic(const std::vector<std::uint32_t>& fans) {
+  return std::all_of(fans.begin(), fans.end(), isSeenAutomatic);
+}
+
 /// The keys that forcing a fan writes on a machine of this kind.
 std::vector<std::string> keysOfForcing(std::uint32_t fan) {
-  std::vector<std::string> keys{std::string(fan::kTestFlagKey)};
-  const std::string upper = fan::key(fan, fan::kModeSuffix);
-  const std::string lower = fan::key(fan, fan::kLowerModeSuffix);
-  if (readKey(upper)) {
-    keys.push_back(upper);
-  } else {
-    keys.push_back(readKey(lower) ? lower : std::string(fan::kForceBitsKey));
-  }
-  keys.push_back(fan::key(fan, fan::kTargetSuffix));
-  return keys;
+  return {std::string(fan::kTestFlagKey), readControlKey(fan).name,
+          fan::key(fan, fan::kTargetSuffix)};
 }
 
 /// Clears the fan's mode key or force bit without asking how many fans there are: the fan is known,
 /// for it was forced.
 bool releaseByKey(std::uint32_t fan) {
-  QXSMCInterface& smc = *QXSMCInterface::sharedSMC();
-  for (const std::string_view suffix : {fan::kModeSuffix, fan::kLowerModeSuffix}) {
-    const std::string key = fan::key(fan, suffix);
-    if (const DictionaryRef record = readKey(key)) {
-      return smc.SMCWriteKey(key, 0, record->get(record::kDataSize).unsignedIntValue()) == 0;
-    }
-  }
-  const DictionaryRef bits = readKey(fan::kForceBitsKey);
-  if (!bits || bits->get(record::kError).intValue() != 0) {
+  const FanControlKey key = readControlKey(fan);
+  if (!key.record || (key.isForceBits && !key.isRead())) {
     return false;
   }
-  const std::uint32_t others =
-      bits->get(record::kValue).unsignedIntValue() & ~(std::uint32_t{1} << (fan % 32));
-  return smc.SMCWriteKey(fan::kForceBitsKey, others,
-                         bits->get(record::kDataSize).unsignedIntValue()) == 0;
+  const std::uint32_t released = key.isForceBits ? key.number() & ~forceBit(fan) : 0;
+  return QXSMCInterface::sharedSMC()->SMCWriteKey(key.name, released, key.sizeBytes()) == 0;
 }
 
 }  // namespace
@@ -99,7 +125,7 @@ bool handBackFans(QXHalvarin& facade, const GuardedFans& forced) {
   if (forced.testFlag && !anotherIsForced(facade, forced.fans)) {
     done = facade.setFanEnable(false) && done;
   }
-  return done;
+  return done && areSeenAutomatic(forced.fans);
 }
 
 void endFanUse(QXHalvarin& facade) {
@@ -185,8 +211,12 @@ bool FanControl::handBack() {
   return handBackNow();
 }
 
+/// A hand-back that was refused is none the less done where this process sees that no fan is
+/// forced: the command that was to force it was refused, too.
 bool FanControl::handBackNow() {
-  if (!handBackFans(*facade_, forced_)) {
+  const bool isDone = handBackFans(*facade_, forced_) ||
+                      (areSeenAutomatic(forced_.fans) && !(forced_.testFlag && testFlagMayBeOn()));
+  if (!isDone) {
     return false;
   }
   forgetAll();

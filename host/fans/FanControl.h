@@ -17,8 +17,8 @@ namespace halvarin::host {
 [[nodiscard]] bool anotherIsForced(QXHalvarin& facade, const std::vector<std::uint32_t>& own);
 
 /// Hands fans back to automatic control, by their keys alone where the facade refuses, then
-/// switches the test flag off if asked to and if no other fan is forced. False when a fan or the
-/// flag could not be written.
+/// switches the test flag off if asked to and if no other fan is forced. True when all of it was
+/// written and the fans, read again, are not forced any more.
 [[nodiscard]] bool handBackFans(QXHalvarin& facade, const GuardedFans& forced);
 
 /// Tells the library that the program is about to end, which a host that forced fans owes it. On

@@ -172,6 +172,18 @@ TEST_F(HeldFan, IsHandedBackByTheGuardianOnceTheMachineAnswersAgain) {
   EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return guardianOf(words_[1]) == 0; }));
 }
 
+TEST_F(HeldFan, IsNotSaidToBeHandedBackByAMachineThatRefusesWithoutAWord) {
+  machine_.breakable().breakKey("F0Md", 6, 0);
+  program_->signal(SIGINT);
+  const auto run = program_->waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->exit, 6);
+  EXPECT_THAT(run->err, testing::HasSubstr("could not be handed back"));
+  EXPECT_TRUE(isForced());
+  machine_.breakable().mend();
+  EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return !isForced(); }));
+}
+
 TEST_F(HeldFan, IsHeldOnWhileTheControllerIsBusyForAMoment) {
   machine_.breakable().breakKey("FNum", 5, static_cast<platform::MachineStatus>(0xE00002D5));
   const std::size_t before = machine_.readCount("F0Ac");

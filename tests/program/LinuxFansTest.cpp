@@ -25,6 +25,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using Names = DriverScript::Names;
 
 constexpr auto kMost = 20s;
@@ -108,6 +109,13 @@ class AppleSiliconFan : public FansUnderLinux {
  protected:
   AppleSiliconFan() { layOutAppleSilicon(folder_); }
   std::string target() { return fileText(folder_.path() / kTarget); }
+  /// Lets nobody write the target, or its owner again.
+  void close(bool isClosed = true) {
+    using std::filesystem::perms;
+    std::filesystem::permissions(
+        folder_.path() / kTarget,
+        isClosed ? perms::owner_read : perms::owner_read | perms::owner_write);
+  }
   const std::string kTarget = std::string(kAppleSiliconMonitor) + "fan1_target";
 };
 
@@ -128,11 +136,34 @@ TEST_F(AppleSiliconFan, IsHandedBackByAnotherRunOfTheProgram) {
 }
 
 TEST_F(AppleSiliconFan, IsLeftAloneWhereTheDriverLetsNobodyWrite) {
-  std::filesystem::permissions(folder_.path() / kTarget, std::filesystem::perms::owner_read);
+  close();
   const ProgramRun run = runProgram(HALVARIN_ROOTED, {"fan", "0", "2500"});
   EXPECT_EQ(run.exit, 6);
   EXPECT_THAT(run.err, HasSubstr("did not take the command"));
   EXPECT_EQ(target(), "1499");
+}
+
+TEST_F(AppleSiliconFan, IsNotSaidToBeHandedBackWhenTheDriverRefusesThat) {
+  RunningProgram program(HALVARIN_ROOTED, {"fan", "0", "2500"});
+  ASSERT_TRUE(program.waitForOutput("turns at", kMost)) << program.soFar().err;
+  close();
+  program.signal(SIGINT);
+  const ProgramRun run = program.waitForEnd(kMost).value_or(ProgramRun());
+  EXPECT_EQ(run.exit, 6);
+  EXPECT_THAT(run.out, Not(HasSubstr("automatic control again")));
+  EXPECT_THAT(run.err, HasSubstr("could not be handed back"));
+  EXPECT_EQ(target(), "2500");
+  close(false);  // the guardian goes on trying
+  EXPECT_TRUE(becomesTrue(kMost, [this] { return target().front() == '0'; }));
+}
+
+TEST_F(AppleSiliconFan, IsNotSaidToBeAutomaticWhenTheDriverRefusesThat) {
+  folder_.write(kTarget, "2500");
+  close();
+  const ProgramRun run = runProgram(HALVARIN_ROOTED, {"fan", "0", "auto"});
+  EXPECT_EQ(run.exit, 6);
+  EXPECT_THAT(run.err, HasSubstr("could not be handed back (status e00002ca)"));
+  EXPECT_EQ(target(), "2500");
 }
 
 }  // namespace

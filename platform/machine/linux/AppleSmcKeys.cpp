@@ -235,7 +235,7 @@ DriverAnswer AppleSmcKeys::writeForceBits(std::uint32_t bits) {
   } else if (forceBits_) {
     *forceBits_ |= bits;  // what failed may have been done: it is handed back if that is asked for
   }
-  return writeAnswer(error);
+  return modeAnswer(error);
 }
 
 DriverAnswer AppleSmcKeys::writeFan(const FanKeyName& name, const KeyFacts& facts,
@@ -248,7 +248,7 @@ DriverAnswer AppleSmcKeys::writeFan(const FanKeyName& name, const KeyFacts& fact
   }
   constexpr std::uint8_t kForced = 1;
   const std::uint8_t mode = request.bytes[0];
-  return writeAnswer(mode > kForced ? EINVAL : fans_.setForced(name.fan, mode == kForced));
+  return modeAnswer(mode > kForced ? EINVAL : fans_.setForced(name.fan, mode == kForced));
 }
 
 DriverAnswer AppleSmcKeys::writeSpeed(const FanKeyName& name, const KeyFacts& facts,

@@ -36,6 +36,10 @@ DriverAnswer refusal(std::uint8_t result) {
   return answer;
 }
 
+DriverAnswer modeAnswer(int error) {
+  return error == EREMOTEIO ? failure(error) : writeAnswer(error);
+}
+
 DriverAnswer writeAnswer(int error) {
   switch (error) {
     case EINVAL:

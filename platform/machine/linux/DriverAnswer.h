@@ -36,4 +36,9 @@ struct DriverAnswer {
 /// what this user may not write is the platform's.
 [[nodiscard]] DriverAnswer writeAnswer(int error);
 
+/// The same for what decides who commands a fan: a mode that was written and is not shown is a
+/// transfer that failed. The result byte of a refusal is seen by few, and whoever hands a fan back
+/// has to learn that it is still forced.
+[[nodiscard]] DriverAnswer modeAnswer(int error);
+
 }  // namespace halvarin::platform

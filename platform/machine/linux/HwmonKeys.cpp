@@ -254,13 +254,32 @@ DriverAnswer HwmonKeys::writeMode(const FanKeyName& name, const Key& key, std::u
   if (mode > 1) {
     return refusal(kResultBadArgument);
   }
+  if (mode == 0) {
+    return handBack(name, key);
+  }
   const MutexLock lock(mutex_);
-  const int error = mode == 1 ? files_->mayWrite(key.path) : files_->write(key.path, kAutomatic);
+  const int error = files_->mayWrite(key.path);
   if (error == 0) {
-    Order& order = orders_[name.fan];
-    order = mode == 0 ? Order::none : std::max(order, Order::announced);
+    orders_[name.fan] = std::max(orders_[name.fan], Order::announced);
   }
   return writeAnswer(error);
+}
+
+/// A driver that refuses this while there is a target may keep the fan forced, whoever has set it.
+DriverAnswer HwmonKeys::handBack(const FanKeyName& name, const Key& key) {
+  const MutexLock lock(mutex_);
+  const int error = files_->write(key.path, kAutomatic);
+  if (error == 0) {
+    orders_[name.fan] = Order::none;
+    return {};
+  }
+  const DriverAnswer answer = writeAnswer(error);
+  return answer.status == 0 && !hasNoTarget(key) ? modeAnswer(EREMOTEIO) : answer;
+}
+
+bool HwmonKeys::hasNoTarget(const Key& key) const {
+  const auto line = lineOf(*files_, key.path);
+  return line && stepsIn(*line) == 0.0;
 }
 
 /// A target that nobody has announced would take the fan out of automatic control by surprise; one
@@ -280,10 +299,13 @@ DriverAnswer HwmonKeys::writeTarget(const FanKeyName& name, const Key& key,
   }
   const int target = static_cast<int>(*rpm);
   const int error = files_->write(key.path, std::to_string(target));
-  if (error == 0) {
-    order = target == 0 ? Order::announced : Order::given;
+  const DriverAnswer answer = writeAnswer(error);
+  if (target == 0) {
+    order = error == 0 ? Order::announced : order;
+  } else if (answer.reply.result == 0) {
+    order = Order::given;  // also when it failed, for it may have been done
   }
-  return writeAnswer(error);
+  return answer;
 }
 
 const HwmonKeys::Key* HwmonKeys::find(const FourBytes& code) const {

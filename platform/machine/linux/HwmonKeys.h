@@ -49,6 +49,8 @@ class HwmonKeys : public DriverKeys {
   [[nodiscard]] DriverAnswer readFile(const Key& key) const;
   [[nodiscard]] DriverAnswer write(const ControllerRequest& request);
   [[nodiscard]] DriverAnswer writeMode(const FanKeyName& name, const Key& key, std::uint8_t mode);
+  [[nodiscard]] DriverAnswer handBack(const FanKeyName& name, const Key& key);
+  [[nodiscard]] bool hasNoTarget(const Key& key) const;
   [[nodiscard]] DriverAnswer writeTarget(const FanKeyName& name, const Key& key,
                                          const ControllerRequest& request);
   [[nodiscard]] const Key* find(const FourBytes& code) const;

@@ -5,6 +5,8 @@
 
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/machine/linux/AppleSmcKeys.h"
 #include "tests/support/FanMachines.h"
@@ -27,6 +29,35 @@ platform::RecordedMachine floatFans() {
                       key("F0Mn", "flt ", speed), key("F0Tg", "flt ", speed),
                       key("FNum", "ui8 ", {1})});
 }
+
+/// A driver whose files take what would hand a fan back, and keep what they show.
+class StubbornDriver : public platform::FileTree {
+ public:
+  explicit StubbornDriver(std::shared_ptr<ScriptedDriver> behind) : behind_(std::move(behind)) {}
+
+  [[nodiscard]] platform::FileContent read(const std::string& path, std::size_t most) override {
+    return behind_->read(path, most);
+  }
+  [[nodiscard]] int write(const std::string& path, std::string_view text) override {
+    return text == "0" ? 0 : behind_->write(path, text);
+  }
+  [[nodiscard]] int mayWrite(const std::string& path) override { return behind_->mayWrite(path); }
+  [[nodiscard]] std::vector<std::string> list(const std::string& path) override {
+    return behind_->list(path);
+  }
+  [[nodiscard]] std::string resolve(const std::string& path) override {
+    return behind_->resolve(path);
+  }
+  [[nodiscard]] std::unique_ptr<platform::CursorFile> openCursor(const std::string& path,
+                                                                 int& error) override {
+    return behind_->openCursor(path, error);
+  }
+
+ private:
+  const std::shared_ptr<ScriptedDriver> behind_;
+};
+
+constexpr auto kTransferFailed = static_cast<platform::MachineStatus>(0xE00002CA);
 
 class SmcFans : public testing::Test {
  protected:
@@ -110,6 +141,21 @@ TEST(SmcFloatFans, AreForcedByTheirModeKeys) {
   EXPECT_EQ(writeOf(*keys, "F0Md", {0}).reply.result, 0);
   EXPECT_THAT(bench.driver()->writes(),
               ElementsAre("fan1_manual 1", "fan1_output 2500", "fan1_manual 0", "fan1_manual 0"));
+}
+
+TEST(SmcFansThatStayForced, FailToBeHandedBack) {
+  const auto clock = std::make_shared<platform::ScaledClock>(0);
+  const DriverBench bits(fanMachine(FanStyle::forceBits));
+  platform::AppleSmcKeys bitKeys(std::make_shared<StubbornDriver>(bits.driver()), bits.found(),
+                                 clock);
+  ASSERT_EQ(writeOf(bitKeys, "FS! ", {0, 1}).status, 0);
+  EXPECT_EQ(writeOf(bitKeys, "FS! ", {0, 0}).status, kTransferFailed);
+  EXPECT_EQ(writeOf(bitKeys, "FS! ", {0, 0}).status, kTransferFailed) << "asked again";
+  const DriverBench modes(floatFans());
+  platform::AppleSmcKeys modeKeys(std::make_shared<StubbornDriver>(modes.driver()), modes.found(),
+                                  clock);
+  ASSERT_EQ(writeOf(modeKeys, "F0Md", {1}).status, 0);
+  EXPECT_EQ(writeOf(modeKeys, "F0Md", {0}).status, kTransferFailed);
 }
 
 TEST(SmcFloatFans, TakeNoModesAndSpeedsThatTheDriverDoesNotKnow) {

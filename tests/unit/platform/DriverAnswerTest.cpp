@@ -64,5 +64,13 @@ TEST(DriverAnswer, TellsWhatBecameOfAWrite) {
   }
 }
 
+TEST(DriverAnswer, TellsOfAModeThatIsNotShownAsOfAFailedTransfer) {
+  EXPECT_EQ(platform::modeAnswer(EREMOTEIO).status, status(0xE00002CA));
+  EXPECT_EQ(platform::modeAnswer(0).status, 0);
+  EXPECT_EQ(platform::modeAnswer(0).reply.result, 0);
+  EXPECT_EQ(platform::modeAnswer(EINVAL).reply.result, 0x89);
+  EXPECT_EQ(platform::modeAnswer(EACCES).status, status(0xE00002C1));
+}
+
 }  // namespace
 }  // namespace halvarin::test

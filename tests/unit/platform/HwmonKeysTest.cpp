@@ -188,9 +188,28 @@ TEST_F(SyntheticKeys, AreNotWritableWhereTheDriverLetsNobodyWrite) {
   const auto keys = newKeys();
   EXPECT_EQ(writeOf(*keys, "F0Md", {1}).reply.result, 0x86);
   EXPECT_EQ(writeOf(*keys, "F0Tg", floatBytes(2500)).reply.result, 0x86);
-  EXPECT_EQ(writeOf(*keys, "F0Md", {0}).reply.result, 0x86);
   EXPECT_EQ(mode(*keys), 0);
   EXPECT_EQ(target(), "1499");
+}
+
+TEST_F(SyntheticKeys, FailToHandAFanBackThatTheDriverKeeps) {
+  folder_.write(kTarget, "2500");
+  ASSERT_EQ(chmod(folder_.file(kTarget).c_str(), 0444), 0);
+  EXPECT_EQ(writeOf(*newKeys(), "F0Md", {0}).status, platform::kStatusTransferFailed)
+      << "whoever has forced it";
+  ASSERT_EQ(chmod(folder_.file(kTarget).c_str(), 0644), 0);
+  folder_.write(kTarget, "0\n");
+  ASSERT_EQ(chmod(folder_.file(kTarget).c_str(), 0444), 0);
+  EXPECT_EQ(writeOf(*newKeys(), "F0Md", {0}).reply.result, 0x86) << "nobody has";
+}
+
+TEST_F(SyntheticKeys, ShowAFanForcedUntilItsHandBackIsTaken) {
+  const auto keys = newKeys();
+  ASSERT_EQ(writeOf(*keys, "F0Md", {1}).reply.result, 0);
+  ASSERT_EQ(writeOf(*keys, "F0Tg", floatBytes(2500)).reply.result, 0);
+  ASSERT_EQ(chmod(folder_.file(kTarget).c_str(), 0444), 0);
+  EXPECT_NE(writeOf(*keys, "F0Md", {0}).status, 0);
+  EXPECT_EQ(mode(*keys), 1);
 }
 
 TEST_F(SyntheticKeys, AreThereAsLongAsTheDriverIs) {
