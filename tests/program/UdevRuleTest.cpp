@@ -27,16 +27,21 @@ std::string replaced(std::string text, const std::string& from, const std::strin
   return text;
 }
 
-/// The shell's commands in the rule for a driver, as udev would run them for a device in sysfs.
-std::string commandsFor(const std::string& driver, const fs::path& device) {
+std::string ownGroup() {
+  const struct group* own = getgrgid(getegid());
+  return own == nullptr ? std::to_string(getegid()) : own->gr_name;
+}
+
+/// The shell's commands in the rule for a driver, as udev would run them for a device in sysfs,
+/// with another group in place of the rule's.
+std::string commandsFor(const std::string& driver, const fs::path& device,
+                        const std::string& group = ownGroup()) {
   const std::string rules =
       fileText(fs::path(HALVARIN_SOURCE_DIR) / "packaging/70-halvarin-smc.rules");
   const std::string begin = "/bin/sh -c '";
   const std::size_t rule = rules.find("ATTRS{name}==\"" + driver + "\"");
   const std::size_t from = rules.find(begin, rule) + begin.size();
   const std::string commands = rules.substr(from, rules.find('\'', from) - from);
-  const struct group* own = getgrgid(getegid());
-  const std::string group = own == nullptr ? std::to_string(getegid()) : own->gr_name;
   const std::string forGroup = replaced(commands, "chgrp halvarin", "chgrp " + group);
   const std::string forShell = replaced(replaced(forGroup, "$$", "$"), "%%", "%");
   return replaced(forShell, "%S%p", device.string());
@@ -94,6 +99,16 @@ TEST(UdevRule, OpensTheTargetOfAppleSiliconAlone) {
   EXPECT_EQ(run.exit, 0) << run.err;
   EXPECT_EQ(openedBelow(folder.path() / "sys"),
             (std::set<std::string>{"class/hwmon/hwmon1/fan1_target"}));
+}
+
+TEST(UdevRule, OpensNothingToTheGroupThatAFileHasWhereItsOwnIsMissing) {
+  const TemporaryFolder folder;
+  for (const std::string driver : {"applesmc", "macsmc_hwmon"}) {
+    writeClosed(folder, "smc/fan1_target", 0644);
+    static_cast<void>(
+        runProgram("/bin/sh", {"-c", commandsFor(driver, folder.path() / "smc", "no-such-group")}));
+    EXPECT_EQ(openedBelow(folder.path() / "smc"), std::set<std::string>()) << driver;
+  }
 }
 
 }  // namespace
