@@ -127,6 +127,11 @@ class ForcedFan {
   }
 
   Exit leave() {
+    const bool isForced = currentFan(*facade_, options_).isForced;
+    if (!isForced && !isAsked_) {
+      handBack();
+      refuseUntaken();
+    }
     if (!control_.get()->leave()) {
       say(name_ + " is under automatic control again.");
       return Exit::fine;
@@ -173,15 +178,24 @@ class ForcedFan {
     say("Ctrl-C hands it back.");
     const bool isForced = !goesOnFor(kMoment) || report();
     const Hold ending = isForced ? holdOn() : Hold::asked;
-    if (!control_.get()->handBack()) {
-      refuseCommand(name_ + " could not be handed back", fan_.index);
-    }
+    handBack();
     if (!isForced) {
-      throw ExitError(Exit::ownFailure,
-                      name_ + " did not take the command: it stayed under automatic control");
+      refuseUntaken();
     }
     endHold(ending);
     return Exit::fine;
+  }
+
+  void handBack() {
+    if (!control_.get()->handBack()) {
+      refuseCommand(name_ + " could not be handed back", fan_.index);
+    }
+  }
+
+  /// The library's yes to a command says that it was sent, not that the machine has taken it.
+  [[noreturn]] void refuseUntaken() const {
+    throw ExitError(Exit::ownFailure,
+                    name_ + " did not take the command: it stayed under automatic control");
   }
 
   void endHold(Hold ending) {

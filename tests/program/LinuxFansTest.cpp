@@ -104,6 +104,15 @@ TEST_F(FansUnderLinux, AreNotWrittenWhereTheNamesOfTwoKernelsMeet) {
   EXPECT_THAT(writes(), IsEmpty());
 }
 
+TEST_F(FansUnderLinux, AreNotSaidToBeLeftForcedWhenTheCommandWasRefused) {
+  layOut(FanStyle::forceBits, Names::both);
+  const ProgramRun run = runProgram(HALVARIN_ROOTED, {"fan", "0", "2500", "--leave"});
+  EXPECT_EQ(run.exit, 6);
+  EXPECT_THAT(run.out, Not(HasSubstr("left forced")));
+  EXPECT_THAT(run.err, HasSubstr("did not take the command"));
+  EXPECT_THAT(writes(), IsEmpty());
+}
+
 /// One fan of a Mac with Apple silicon, in plain files.
 class AppleSiliconFan : public FansUnderLinux {
  protected:
