@@ -134,14 +134,14 @@ void ScriptedDriver::layOut(const fs::path& folder, platform::RecordedMachine ma
   putFile(folder / "state", std::string(sizeof(State), '\0'));
   const fs::path root = folder / "root";
   const fs::path device = root / fs::path(kDevice).relative_path();
-  const fs::path monitor = device / "hwmon/hwmon3";
+  const fs::path monitor = root / fs::path(kMonitor).relative_path();
   const bool isOlder = script.names == DriverScript::Names::older;
   putFile((isOlder ? device : monitor) / "name", "applesmc\n");
   fs::create_directories(monitor);
   fs::create_directory_symlink("../../../applesmc.768", monitor / "device");
   putFile(root / "sys/class/hwmon/hwmon0/name", "coretemp\n");
   fs::create_directory_symlink("../../devices/platform/applesmc.768/hwmon/hwmon3",
-                               root / fs::path(kMonitor).relative_path());
+                               root / "sys/class/hwmon/hwmon3");
   putFile(root / "sys/class/dmi/id/product_name", machine.model + "\n");
   putFile(root / "proc/cpuinfo", "processor\t: 0\nmodel name\t: " + machine.processor + "\n");
   const bool isOnMains = machine.powerSource != "Battery Power";

@@ -20,8 +20,8 @@ namespace halvarin::test {
 /// the same folder, in whatever process, share one driver.
 class ScriptedDriver : public platform::FileTree {
  public:
-  static constexpr const char* kMonitor = "/sys/class/hwmon/hwmon3";
   static constexpr const char* kDevice = "/sys/devices/platform/applesmc.768";
+  static constexpr const char* kMonitor = "/sys/devices/platform/applesmc.768/hwmon/hwmon3";
 
   /// Makes a driver for a machine in a folder. Keys that the machine does not let be read give EIO.
   static void layOut(const std::filesystem::path& folder, platform::RecordedMachine machine,

@@ -62,6 +62,7 @@ bool canHoldSpeed(const KeyFacts& facts) {
 AppleSmcKeys::AppleSmcKeys(std::shared_ptr<FileTree> files, const SmcDriver& driver,
                            std::shared_ptr<Clock> clock)
     : files_(std::move(files)),
+      driver_(driver),
       cursor_(files_, cursorPath(*files_, driver), std::move(clock)),
       directory_(files_, driverFile(*files_, driver, "key_count"), cursor_),
       fans_(files_, driver) {}
@@ -69,7 +70,7 @@ AppleSmcKeys::AppleSmcKeys(std::shared_ptr<FileTree> files, const SmcDriver& dri
 bool AppleSmcKeys::isPresent() {
   std::uint32_t count = 0;
   const MachineStatus status = statusOf(directory_.count(count));
-  return status != statusOf(ENODEV);
+  return status != statusOf(ENODEV) && isStillThere(*files_, driver_);
 }
 
 MachineStatus AppleSmcKeys::access() {

@@ -47,6 +47,7 @@ class AppleSmcKeys : public DriverKeys {
   [[nodiscard]] bool anotherAnswers(const FourBytes& code);
 
   const std::shared_ptr<FileTree> files_;
+  const SmcDriver driver_;
   KeyCursor cursor_;
   KeyDirectory directory_;
   FanFiles fans_;

@@ -159,7 +159,7 @@ void HwmonKeys::addFile(const FourBytes& code, const std::string& file, double u
 }
 
 bool HwmonKeys::isPresent() {
-  return !driverFile(*files_, driver_, "name").empty();
+  return isStillThere(*files_, driver_);
 }
 
 MachineStatus HwmonKeys::access() {

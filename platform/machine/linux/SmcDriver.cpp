@@ -15,13 +15,18 @@ std::optional<SmcDriver::Kind> kindNamed(const std::string& name) {
   return name == "macsmc_hwmon" ? std::optional(SmcDriver::Kind::macsmcHwmon) : std::nullopt;
 }
 
-std::optional<SmcDriver> driverIn(FileTree& files, const std::string& folder) {
+std::optional<SmcDriver::Kind> kindIn(FileTree& files, const std::string& folder) {
   // Older kernels keep the name with the device.
   auto name = lineOf(files, folder + "/name");
   if (!name) {
     name = lineOf(files, folder + "/device/name");
   }
-  const auto kind = name ? kindNamed(*name) : std::nullopt;
+  return name ? kindNamed(*name) : std::nullopt;
+}
+
+std::optional<SmcDriver> driverIn(FileTree& files, const std::string& link) {
+  const std::string folder = files.resolve(link);
+  const auto kind = folder.empty() ? std::nullopt : kindIn(files, folder);
   if (!kind) {
     return std::nullopt;
   }
@@ -44,6 +49,10 @@ std::optional<SmcDriver> findSmcDriver(FileTree& files) {
     }
   }
   return found;
+}
+
+bool isStillThere(FileTree& files, const SmcDriver& driver) {
+  return kindIn(files, driver.hwmonFolder) == driver.kind;
 }
 
 std::string driverFile(FileTree& files, const SmcDriver& driver, std::string_view name) {

@@ -15,13 +15,17 @@ struct SmcDriver {
     macsmcHwmon,  // Apple silicon: chosen sensors and the fans, already in units
   };
   Kind kind = Kind::applesmc;
-  std::string hwmonFolder;   // "/sys/class/hwmon/hwmon3"
+  // Without links: the number belongs to whatever was loaded last, the path names the device too.
+  std::string hwmonFolder;   // "/sys/devices/platform/applesmc.768/hwmon/hwmon3"
   std::string deviceFolder;  // the device behind it, "/sys/devices/platform/applesmc.768"; or ""
 };
 
 /// Finds the driver by the name that it states, wherever the kernel has put it; absent when it is
 /// not loaded. Of two drivers the one with all keys is taken.
 [[nodiscard]] std::optional<SmcDriver> findSmcDriver(FileTree& files);
+
+/// Whether that driver is still there and states its name.
+[[nodiscard]] bool isStillThere(FileTree& files, const SmcDriver& driver);
 
 /// The path of one of the driver's files, "" when it has no such file. Which of the two folders
 /// holds what has changed over the kernel's versions.

@@ -216,6 +216,8 @@ TEST_F(SyntheticKeys, AreThereAsLongAsTheDriverIs) {
   const auto keys = newKeys();
   EXPECT_TRUE(keys->isPresent());
   EXPECT_EQ(keys->access(), 0);
+  folder_.write(kAppleSiliconMonitor + std::string("name"), "amdgpu\n");
+  EXPECT_FALSE(keys->isPresent()) << "its number is another's";
   std::filesystem::remove_all(folder_.path() / "sys");
   EXPECT_FALSE(keys->isPresent());
   EXPECT_EQ(readOf(*keys, "TCHP", 4).status, static_cast<platform::MachineStatus>(0xE00002C0));

@@ -100,6 +100,35 @@ TEST_F(DriverTree, HasTheDriverOfAppleSiliconBehindThatWithAllKeys) {
   EXPECT_EQ(findSmcDriver(tree_)->kind, SmcDriver::Kind::applesmc);
 }
 
+TEST_F(DriverTree, NamesNoOtherMonitorThatHasGotTheNumberOfTheDrivers) {
+  folder_.write("sys/devices/smc/hwmon/hwmon2/name", "applesmc\n");
+  folder_.write("sys/devices/smc/hwmon/hwmon2/pwm1_enable", "2\n");
+  folder_.write("sys/devices/gpu/hwmon/hwmon2/name", "amdgpu\n");
+  folder_.write("sys/devices/gpu/hwmon/hwmon2/pwm1_enable", "2\n");
+  const std::filesystem::path link = folder_.path() / "sys/class/hwmon/hwmon2";
+  std::filesystem::create_directories(link.parent_path());
+  std::filesystem::create_directory_symlink("../../devices/smc/hwmon/hwmon2", link);
+  const auto driver = findSmcDriver(tree_);
+  ASSERT_TRUE(driver);
+  EXPECT_EQ(driver->hwmonFolder, "/sys/devices/smc/hwmon/hwmon2");
+  EXPECT_TRUE(isStillThere(tree_, *driver));
+  std::filesystem::remove(link);
+  std::filesystem::remove_all(folder_.path() / "sys/devices/smc");
+  std::filesystem::create_directory_symlink("../../devices/gpu/hwmon/hwmon2", link);
+  EXPECT_EQ(driverFile(tree_, *driver, "pwm1_enable"), "");
+  EXPECT_FALSE(isStillThere(tree_, *driver));
+}
+
+TEST_F(DriverTree, IsNoLongerTheDriversWhenItStatesAnotherName) {
+  folder_.write("sys/class/hwmon/hwmon2/name", "applesmc\n");
+  const auto driver = findSmcDriver(tree_);
+  ASSERT_TRUE(driver);
+  for (const char* other : {"amdgpu\n", "macsmc_hwmon\n", ""}) {
+    folder_.write("sys/class/hwmon/hwmon2/name", other);
+    EXPECT_FALSE(isStillThere(tree_, *driver)) << other;
+  }
+}
+
 TEST_F(DriverTree, IsNotMisledByOddFiles) {
   folder_.write("sys/class/hwmon/hwmon0/name", std::string(100000, 'x'));
   folder_.write("sys/class/hwmon/hwmon1/name", "");
