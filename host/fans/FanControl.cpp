@@ -199,8 +199,9 @@ void FanControl::undo(std::uint32_t fan) {
   if (handBackNow()) {
     return;
   }
-  const auto status = fanCommandStatus(fan);
-  if (status && exitFor(*status) == Exit::notPermitted) {
+  // Of the target's key it says nothing that it may not be written: the fan may be forced all the
+  // same.
+  if (exitFor(keyStatus(readControlKey(fan).name)) == Exit::notPermitted) {
     forgetAll();  // the system stops such writes before they reach the machine
   }
 }

@@ -4,7 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
+#include <span>
 
+#include "platform/machine/CurrentMachine.h"
+#include "tests/support/BreakableMachine.h"
 #include "tests/support/Machines.h"
 #include "tests/support/TestDatabase.h"
 
@@ -24,6 +28,37 @@ std::vector<std::string> writesOf(const JournalLines& journal) {
   }
   return writes;
 }
+
+/// A machine that lets nobody set a target, and is busy when a fan is handed back for the first
+/// time.
+class HalfClosedMachine : public BreakableMachine {
+ public:
+  using BreakableMachine::BreakableMachine;
+
+  [[nodiscard]] platform::MachineStatus call(std::uint32_t connection, std::uint32_t selector,
+                                             std::span<const std::uint8_t> request,
+                                             std::span<std::uint8_t> reply,
+                                             std::size_t& replySize) override {
+    if (isWriteOf("F0Tg", request)) {
+      return static_cast<platform::MachineStatus>(0xE00002C1);
+    }
+    // The facade's hand-back and the one by the key alone.
+    if (isWriteOf("F0Md", request) && (++modeWrites_ == 2 || modeWrites_ == 3)) {
+      return static_cast<platform::MachineStatus>(0xE00002D5);
+    }
+    return BreakableMachine::call(connection, selector, request, reply, replySize);
+  }
+
+ private:
+  static bool isWriteOf(std::string_view key, std::span<const std::uint8_t> request) {
+    constexpr std::size_t kCommandPlace = 42;
+    constexpr std::uint8_t kWrite = 6;
+    return request[kCommandPlace] == kWrite &&
+           std::equal(key.rbegin(), key.rend(), request.begin());
+  }
+
+  int modeWrites_ = 0;
+};
 
 /// One fan, and whatever else of keys.
 class FanControlTest : public testing::Test {
@@ -119,6 +154,14 @@ TEST_F(FanControlTest, HandsBackWhenTheSpeedCannotBeSet) {
   EXPECT_EQ(writes().back(), "write Ftst size 1 bytes 00 -> done");
   EXPECT_EQ(writes()[writes().size() - 2], "write F0Md size 1 bytes 00 -> done");
   EXPECT_EQ(host::fanCommandStatus(0), static_cast<std::int32_t>(0xE00002C1));
+}
+
+TEST_F(FanControlTest, DoesNotForgetAForcedFanWhoseTargetItMayNotWrite) {
+  start({key("F0Md", "ui8 ", {0})});
+  platform::setMachine(std::make_shared<HalfClosedMachine>(installed_.machine));
+  EXPECT_FALSE(control_->force(0, 4000));
+  control_.reset();
+  EXPECT_EQ(writes().back(), "write F0Md size 1 bytes 00 -> done");
 }
 
 TEST_F(FanControlTest, FindingOutWhyChangesNoKey) {
