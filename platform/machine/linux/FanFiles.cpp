@@ -148,7 +148,7 @@ int FanFiles::setSpeed(const std::string& path, double rpm) const {
   }
   const double whole = std::trunc(rpm);
   const bool isSpeed = whole >= 0 && whole < kFirstSpeedTooHigh;  // false of what is no number
-  return isSpeed ? writeAndRead(path, std::to_string(static_cast<int>(whole))) : EINVAL;
+  return isSpeed ? writeAndRead(*files_, path, std::to_string(static_cast<int>(whole))) : EINVAL;
 }
 
 bool FanFiles::isShown(const ModeFile& file, bool forced) const {
@@ -156,18 +156,7 @@ bool FanFiles::isShown(const ModeFile& file, bool forced) const {
 }
 
 int FanFiles::writeMode(const ModeFile& file, bool forced) const {
-  return writeAndRead(file.path, file.text(forced));
-}
-
-int FanFiles::writeAndRead(const std::string& path, std::string_view text) const {
-  if (const int error = files_->write(path, text)) {
-    return error;
-  }
-  const auto shown = lineOf(*files_, path);
-  if (!shown) {
-    return EIO;
-  }
-  return *shown == text ? 0 : EREMOTEIO;
+  return writeAndRead(*files_, file.path, file.text(forced));
 }
 
 }  // namespace halvarin::platform

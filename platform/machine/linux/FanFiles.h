@@ -68,7 +68,6 @@ class FanFiles {
   [[nodiscard]] bool isShown(const ModeFile& file, bool forced) const;
   [[nodiscard]] int setSpeed(const std::string& path, double rpm) const;
   [[nodiscard]] int writeMode(const ModeFile& file, bool forced) const;
-  [[nodiscard]] int writeAndRead(const std::string& path, std::string_view text) const;
 
   const std::shared_ptr<FileTree> files_;
   const SmcDriver driver_;

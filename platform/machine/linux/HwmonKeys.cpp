@@ -298,14 +298,20 @@ DriverAnswer HwmonKeys::writeTarget(const FanKeyName& name, const Key& key,
     return error == 0 ? refusal(kResultNotWritable) : writeAnswer(error);
   }
   const int target = static_cast<int>(*rpm);
-  const int error = files_->write(key.path, std::to_string(target));
-  const DriverAnswer answer = writeAnswer(error);
+  const int error = setTarget(key, target);
+  const DriverAnswer answer = modeAnswer(error);
   if (target == 0) {
     order = error == 0 ? Order::announced : order;
   } else if (answer.reply.result == 0) {
     order = Order::given;  // also when it failed, for it may have been done
   }
   return answer;
+}
+
+/// After 0 the file may show the speed that automatic control wants.
+int HwmonKeys::setTarget(const Key& key, int rpm) const {
+  const std::string text = std::to_string(rpm);
+  return rpm == 0 ? files_->write(key.path, text) : writeAndRead(*files_, key.path, text);
 }
 
 const HwmonKeys::Key* HwmonKeys::find(const FourBytes& code) const {

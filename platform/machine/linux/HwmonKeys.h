@@ -53,6 +53,7 @@ class HwmonKeys : public DriverKeys {
   [[nodiscard]] bool hasNoTarget(const Key& key) const;
   [[nodiscard]] DriverAnswer writeTarget(const FanKeyName& name, const Key& key,
                                          const ControllerRequest& request);
+  [[nodiscard]] int setTarget(const Key& key, int rpm) const;
   [[nodiscard]] const Key* find(const FourBytes& code) const;
   [[nodiscard]] std::uint8_t fanCount() const;
 

@@ -65,6 +65,17 @@ std::string driverFile(FileTree& files, const SmcDriver& driver, std::string_vie
   return "";
 }
 
+int writeAndRead(FileTree& files, const std::string& path, std::string_view text) {
+  if (const int error = files.write(path, text)) {
+    return error;
+  }
+  const auto shown = lineOf(files, path);
+  if (!shown) {
+    return EIO;
+  }
+  return *shown == text ? 0 : EREMOTEIO;
+}
+
 std::optional<std::string> lineOf(FileTree& files, const std::string& path) {
   constexpr std::size_t kMostBytes = 4096;  // a page, the most that the kernel shows in such a file
   FileContent content = files.read(path, kMostBytes);

@@ -32,6 +32,10 @@ struct SmcDriver {
 [[nodiscard]] std::string driverFile(FileTree& files, const SmcDriver& driver,
                                      std::string_view name);
 
+/// Writes into one of the driver's files and looks whether it took that: EREMOTEIO when it shows
+/// something else, EIO when it shows nothing.
+[[nodiscard]] int writeAndRead(FileTree& files, const std::string& path, std::string_view text);
+
 /// The one line that a file holds, without its line end; absent when it cannot be read or is too
 /// long for a line of the kernel's.
 [[nodiscard]] std::optional<std::string> lineOf(FileTree& files, const std::string& path);

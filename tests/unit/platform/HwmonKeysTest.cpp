@@ -142,6 +142,26 @@ TEST_F(SyntheticKeys, ForceAFanByItsTarget) {
   EXPECT_EQ(mode(*keys), 1);
 }
 
+/// A driver that lets its files be written and keeps what they hold.
+class DeafTree : public platform::DiskTree {
+ public:
+  using DiskTree::DiskTree;
+  [[nodiscard]] int write(const std::string& /*path*/, std::string_view /*text*/) override {
+    return 0;
+  }
+};
+
+TEST_F(SyntheticKeys, FailToTakeATargetThatTheDriverDoesNotShow) {
+  const auto files = std::make_shared<DeafTree>(folder_.path().string());
+  HwmonKeys keys(files, *platform::findSmcDriver(*files));
+  ASSERT_EQ(writeOf(keys, "F0Md", {1}).reply.result, 0);
+  EXPECT_EQ(writeOf(keys, "F0Tg", floatBytes(2500)).status, platform::kStatusTransferFailed);
+  EXPECT_EQ(mode(keys), 1) << "it may have been taken";
+  EXPECT_EQ(writeOf(keys, "F0Tg", floatBytes(0)).status, 0)
+      << "automatic control has a target, too";
+  EXPECT_EQ(mode(keys), 0);
+}
+
 TEST_F(SyntheticKeys, HandAFanBackByATargetOfZero) {
   const auto keys = newKeys();
   ASSERT_EQ(writeOf(*keys, "F0Md", {1}).reply.result, 0);
