@@ -102,12 +102,21 @@ FanFiles::Changes FanFiles::changesFor(Family family, std::uint32_t bits,
   return changes;
 }
 
+/// Nobody can tell which fan is meant by a write that changes none: one that may be written is
+/// enough.
 int FanFiles::keep(const Changes& changes) const {
   if (!changes.areShown) {
     return EREMOTEIO;
   }
-  return firstError(changes.toKeep,
-                    [this](const ModeFile& file) { return files_->mayWrite(file.path); });
+  int first = 0;
+  for (const ModeFile& file : changes.toKeep) {
+    const int error = files_->mayWrite(file.path);
+    if (error == 0) {
+      return 0;
+    }
+    first = first == 0 ? error : first;
+  }
+  return first;
 }
 
 FanFiles::Family FanFiles::family() const {
