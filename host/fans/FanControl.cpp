@@ -128,6 +128,10 @@ bool handBackFans(QXHalvarin& facade, const GuardedFans& forced) {
   return done && areSeenAutomatic(forced.fans);
 }
 
+bool canHandBack(std::uint32_t fan) {
+  return readControlKey(fan).sizeBytes() != 0;
+}
+
 void endFanUse(QXHalvarin& facade) {
   if (!anotherIsForced(facade, {})) {
     NotificationCenter::defaultCenter().post(

@@ -21,6 +21,10 @@ namespace halvarin::host {
 /// written and the fans, read again, are not forced any more.
 [[nodiscard]] bool handBackFans(QXHalvarin& facade, const GuardedFans& forced);
 
+/// Whether this process knows the key by which the fan is handed back. A key that could not be
+/// listed at its start, for the controller was busy, stays unknown to it.
+[[nodiscard]] bool canHandBack(std::uint32_t fan);
+
 /// Tells the library that the program is about to end, which a host that forced fans owes it. On
 /// machines with force bits the library then clears them all, also those of others, so it is not
 /// told while others hold a fan.

@@ -1,5 +1,6 @@
 #include "host/fans/GuardianCommand.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <iostream>
@@ -8,6 +9,7 @@
 #include "host/MachineChoice.h"
 #include "host/fans/FanControl.h"
 #include "host/fans/FanGuard.h"
+#include "host/fans/FanView.h"
 #include "platform/Queue.h"
 #include "sensors/QXHalvarin.h"
 #include "smc/QXSMCInterface.h"
@@ -15,6 +17,14 @@
 namespace halvarin::host {
 
 namespace {
+
+/// It is not known yet which of the fans are going to be forced.
+bool canHandAllBack(QXHalvarin& facade) {
+  const FansView view = readFansView(facade);
+  return !view.fans.empty() &&
+         std::all_of(view.fans.begin(), view.fans.end(),
+                     [](const FanView& fan) { return canHandBack(fan.index); });
+}
 
 /// Signals that may reach a whole group of processes are the program's affair.
 void outliveTheProgram() {
@@ -72,6 +82,10 @@ Exit runGuardian(const Options& options) {
   const auto facade = QXHalvarin::sharedHalvarin();
   if (!facade || !QXSMCInterface::sharedSMC()) {
     return Exit::noMachine;
+  }
+  if (!canHandAllBack(*facade)) {
+    std::cerr << "halvarin: the guardian did not find the keys of all fans\n";
+    return Exit::ownFailure;
   }
   std::cout << '.' << std::flush;
   GuardedFans forced;

@@ -230,6 +230,20 @@ TEST(HoldingAFan, WritesNoneOfItsTextToTheMachineWhenItsOutputIsClosed) {
   EXPECT_EQ(machine.number("F0Md", 1), 1U);
 }
 
+TEST(HoldingAFan, NoFanIsForcedUnderAGuardianThatDoesNotKnowItsKey) {
+  for (const FanStyle style : {FanStyle::forceBits, FanStyle::modeKeys}) {
+    ServedMachine machine(fanMachine(style));
+    const std::string key = style == FanStyle::forceBits ? "FS! " : "F0Md";
+    // What a guardian finds that was started while the controller was busy.
+    constexpr std::uint8_t kKeyInfo = 9;
+    machine.breakable().breakKey(key, kKeyInfo, static_cast<platform::MachineStatus>(0xE00002D5));
+    const ProgramRun guardian = halvarinRun(machine.words({"hand-back-fans"}));
+    EXPECT_EQ(guardian.exit, 6) << guardian.err;
+    EXPECT_EQ(guardian.out, "") << "it did not say that it is ready";
+    EXPECT_THAT(guardian.err, testing::HasSubstr("did not find the keys of all fans"));
+  }
+}
+
 TEST(HoldingAFan, NoFanIsForcedOnceTheMachineIsGone) {
   platform::Simulation simulation;
   simulation.vanishAfter = 60;  // the program has begun by then, and its guardian has not

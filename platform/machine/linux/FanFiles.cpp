@@ -65,6 +65,30 @@ int FanFiles::setForced(std::uint32_t fan, bool forced) {
   return file.path.empty() ? ENOTSUP : writeMode(file, forced);
 }
 
+int FanFiles::readForced(std::uint32_t fan, bool& forced) const {
+  const ModeFile file = modeFile(family(), fan);
+  return file.path.empty() ? ENOTSUP : readMode(file, forced);
+}
+
+int FanFiles::readForceBits(std::uint32_t& bits) const {
+  const Family known = family();
+  int found = ENOTSUP;
+  bits = 0;
+  for (std::uint32_t fan = 0; fan < kMostForceBits; ++fan) {
+    const ModeFile file = modeFile(known, fan);
+    if (file.path.empty()) {
+      continue;
+    }
+    bool forced = false;
+    found = readMode(file, forced);
+    if (found != 0) {
+      return found;
+    }
+    bits |= forced ? 1U << fan : 0U;
+  }
+  return found;
+}
+
 int FanFiles::setForceBits(std::uint32_t bits, std::optional<std::uint32_t> before) {
   const Family known = family();
   if (known != Family::older && known != Family::newer) {
@@ -158,6 +182,11 @@ int FanFiles::setSpeed(const std::string& path, double rpm) const {
   const double whole = std::trunc(rpm);
   const bool isSpeed = whole >= 0 && whole < kFirstSpeedTooHigh;  // false of what is no number
   return isSpeed ? writeAndRead(*files_, path, std::to_string(static_cast<int>(whole))) : EINVAL;
+}
+
+int FanFiles::readMode(const ModeFile& file, bool& forced) const {
+  forced = isShown(file, true);
+  return forced || isShown(file, false) ? 0 : EIO;
 }
 
 bool FanFiles::isShown(const ModeFile& file, bool forced) const {

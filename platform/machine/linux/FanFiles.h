@@ -31,6 +31,10 @@ class FanFiles {
   /// Forces a fan, or hands it back to automatic control.
   [[nodiscard]] int setForced(std::uint32_t fan, bool forced);
 
+  /// What the files show of one fan, or of all as force bits; ENOTSUP and EIO when they do not.
+  [[nodiscard]] int readForced(std::uint32_t fan, bool& forced) const;
+  [[nodiscard]] int readForceBits(std::uint32_t& bits) const;
+
   /// Forces and hands back the fans whose bits are others than `before`, which is what the writer
   /// has read: the rest is somebody else's by now, or never was the writer's. Absent: whose bits
   /// the files do not show. ENOTSUP when such a bit has no file: fans are handed back all the same,
@@ -62,6 +66,7 @@ class FanFiles {
   [[nodiscard]] Family family() const;
   [[nodiscard]] ModeFile modeFile(Family family, std::uint32_t fan) const;
   [[nodiscard]] std::string fanFile(std::uint32_t fan, std::string_view ending) const;
+  [[nodiscard]] int readMode(const ModeFile& file, bool& forced) const;
   [[nodiscard]] Changes changesFor(Family family, std::uint32_t bits,
                                    std::optional<std::uint32_t> before) const;
   [[nodiscard]] int keep(const Changes& changes) const;

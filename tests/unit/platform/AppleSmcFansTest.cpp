@@ -30,16 +30,16 @@ platform::RecordedMachine floatFans() {
                       key("FNum", "ui8 ", {1})});
 }
 
-/// A driver whose files take what would hand a fan back, and keep what they show.
-class StubbornDriver : public platform::FileTree {
+/// The bench's driver, for those that do one thing otherwise.
+class OtherDriver : public platform::FileTree {
  public:
-  explicit StubbornDriver(std::shared_ptr<ScriptedDriver> behind) : behind_(std::move(behind)) {}
+  explicit OtherDriver(std::shared_ptr<ScriptedDriver> behind) : behind_(std::move(behind)) {}
 
   [[nodiscard]] platform::FileContent read(const std::string& path, std::size_t most) override {
     return behind_->read(path, most);
   }
   [[nodiscard]] int write(const std::string& path, std::string_view text) override {
-    return text == "0" ? 0 : behind_->write(path, text);
+    return behind_->write(path, text);
   }
   [[nodiscard]] int mayWrite(const std::string& path) override { return behind_->mayWrite(path); }
   [[nodiscard]] std::vector<std::string> list(const std::string& path) override {
@@ -53,8 +53,31 @@ class StubbornDriver : public platform::FileTree {
     return behind_->openCursor(path, error);
   }
 
- private:
+ protected:
   const std::shared_ptr<ScriptedDriver> behind_;
+};
+
+/// Its files take what would hand a fan back, and keep what they show.
+class StubbornDriver : public OtherDriver {
+ public:
+  using OtherDriver::OtherDriver;
+  [[nodiscard]] int write(const std::string& path, std::string_view text) override {
+    return text == "0" ? 0 : OtherDriver::write(path, text);
+  }
+};
+
+/// Its cursor is elsewhere after every value, once it is restless.
+class RestlessDriver : public OtherDriver {
+ public:
+  using OtherDriver::OtherDriver;
+  [[nodiscard]] platform::FileContent read(const std::string& path, std::size_t most) override {
+    platform::FileContent content = OtherDriver::read(path, most);
+    if (isRestless && path == std::string(ScriptedDriver::kDevice) + "/key_at_index_data") {
+      behind_->moveCursor(0);
+    }
+    return content;
+  }
+  bool isRestless = false;
 };
 
 constexpr auto kTransferFailed = static_cast<platform::MachineStatus>(0xE00002CA);
@@ -104,6 +127,29 @@ TEST_F(SmcFans, AreHandedBackWhenTheirBitsCouldNotBeReadSinceTheyWereForced) {
   EXPECT_NE(readOf(*keys_, "FS! ", 2).status, 0);
   EXPECT_EQ(write("FS! ", {0, 0}), 0);
   EXPECT_THAT(writes(), ElementsAre("fan1_manual 1", "fan1_manual 0"));
+}
+
+TEST_F(SmcFans, AreHandedBackBesideARivalWhoNeverLetsTheCursorRest) {
+  bench_.driver()->setForced(1, true);
+  const auto restless = std::make_shared<RestlessDriver>(bench_.driver());
+  platform::AppleSmcKeys keys(restless, bench_.found(), std::make_shared<platform::ScaledClock>(0));
+  ASSERT_EQ(infoOf(keys, "FS! ").status, 0);
+  ASSERT_EQ(infoOf(keys, "FNum").status, 0);
+  restless->isRestless = true;
+  EXPECT_EQ(readOf(keys, "FNum", 1).status, platform::kStatusBusy);
+  EXPECT_EQ(bytesOf(readOf(keys, "FS! ", 2), 2), (Bytes{0, 2}));
+  EXPECT_EQ(writeOf(keys, "FS! ", {0, 0}).status, 0);
+  EXPECT_THAT(writes(), ElementsAre("fan2_manual 0"));
+}
+
+TEST(SmcFloatFans, ShowTheirModesBesideARivalWhoNeverLetsTheCursorRest) {
+  const DriverBench bench(floatFans());
+  const auto restless = std::make_shared<RestlessDriver>(bench.driver());
+  platform::AppleSmcKeys keys(restless, bench.found(), std::make_shared<platform::ScaledClock>(0));
+  ASSERT_EQ(infoOf(keys, "F0Md").status, 0);
+  bench.driver()->setForced(0, true);
+  restless->isRestless = true;
+  EXPECT_EQ(bytesOf(readOf(keys, "F0Md", 1), 1), (Bytes{1}));
 }
 
 TEST_F(SmcFans, TakeALeastSpeed) {
