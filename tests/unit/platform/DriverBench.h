@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -23,6 +24,23 @@ inline platform::RecordedKey closedKey(std::string_view code) {
   closed.bytes.clear();
   closed.result = platform::kResultNotReadable;
   return closed;
+}
+
+/// The name of one of many keys: "K007".
+inline std::string numbered(std::uint32_t number) {
+  const std::string digits = std::to_string(1000 + number);
+  return "K" + digits.substr(1);
+}
+
+inline constexpr std::uint32_t kNumberedKeys = 200;  // with "#KEY"
+
+/// Keys whose values are their own indices, so that a value tells whose it is.
+inline platform::RecordedMachine numberedKeys() {
+  std::vector<platform::RecordedKey> keys;
+  for (std::uint32_t i = 1; i < kNumberedKeys; ++i) {
+    keys.push_back(key(numbered(i), "ui16", {0, static_cast<std::uint8_t>(i)}));
+  }
+  return machineWith(keys);
 }
 
 /// A driver with the cursor of the real one, in a folder of its own. Pauses take no time.
