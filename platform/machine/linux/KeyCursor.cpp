@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "base/NumberText.h"
-#include "base/ScopeGuard.h"
 
 namespace halvarin::platform {
 
@@ -22,8 +21,6 @@ constexpr microseconds kPauseStep(500);
 // disturbed, so the lock is a courtesy that it can do without.
 constexpr int kMostLockTries = 10;
 constexpr microseconds kLockPause(500);
-// Without a witness a look counts when others, taken after it, show the same.
-constexpr int kBlindLooks = 3;
 
 constexpr std::size_t kMostBytes = 256;  // one more than any of these files holds
 
@@ -84,22 +81,15 @@ int KeyCursor::readValue(std::uint32_t index, const FourBytes& code, std::string
 int KeyCursor::visit(std::uint32_t index, const std::vector<std::string_view>& facts,
                      Sight& sight) {
   const MutexLock lock(mutex_);
-  if (const int error = openFile()) {
-    return error;
-  }
   int error = EBUSY;
   for (int looks = 0; looks < kMostLooks && error == EBUSY; ++looks) {
     if (looks > 0) {
       clock_->sleepFor(looks * kPauseStep);
     }
-    const bool isLocked = lockFile();
-    error = lookSurely(index, facts, sight);
-    if (isLocked) {
-      file_->unlock();
+    error = openFile();
+    if (error == 0) {
+      error = lookOnce(index, facts, sight);
     }
-  }
-  if (error != 0 && error != EBUSY && error != EINVAL) {
-    file_ = nullptr;  // a driver that is loaded again has another file under this name
   }
   return error;
 }
@@ -125,31 +115,30 @@ bool KeyCursor::lockFile() {
   return false;
 }
 
-/// A look that was certainly at this key; EBUSY when it may have been at another.
-int KeyCursor::lookSurely(std::uint32_t index, const std::vector<std::string_view>& facts,
-                          Sight& sight) {
-  auto witness = CursorFile::Witness::blind;
-  if (const int error = look(index, facts, sight, witness)) {
-    return error;
+/// A look through the open file; EBUSY when it may have been at another key.
+int KeyCursor::lookOnce(std::uint32_t index, const std::vector<std::string_view>& facts,
+                        Sight& sight) {
+  const bool isLocked = lockFile();
+  const int error = look(index, facts, sight);
+  const bool isBlind = file_->witness() == CursorFile::Witness::blind;
+  if (isLocked) {
+    file_->unlock();
   }
-  for (int looks = 1; witness == CursorFile::Witness::blind && looks < kBlindLooks; ++looks) {
-    Sight again;
-    if (const int error = look(index, facts, again, witness)) {
-      return error;
-    }
-    if (again != sight) {
-      return EBUSY;
-    }
+  // A driver that is loaded again has another file under this name, and a file that is opened anew
+  // may have the witness that this one lacks.
+  if (isBlind || (error != 0 && error != EBUSY && error != EINVAL)) {
+    file_ = nullptr;
   }
-  return witness == CursorFile::Witness::disturbed ? EBUSY : 0;
+  return error;
 }
 
-/// One look; EBUSY when the cursor was elsewhere before its end.
-int KeyCursor::look(std::uint32_t index, const std::vector<std::string_view>& facts, Sight& sight,
-                    CursorFile::Witness& witness) {
+int KeyCursor::look(std::uint32_t index, const std::vector<std::string_view>& facts, Sight& sight) {
   const std::string place = std::to_string(index);
   if (const int error = file_->set(place)) {
     return error;
+  }
+  if (file_->witness() != CursorFile::Witness::alone) {
+    return EBUSY;  // in vain from its beginning: the controller need not be asked
   }
   const auto isHere = [&] {
     return withoutLineEnd(files_->read(path_, kMostBytes).bytes) == place;
@@ -162,8 +151,8 @@ int KeyCursor::look(std::uint32_t index, const std::vector<std::string_view>& fa
   }
   const bool hasName = beside("_name") == sight.name;
   const bool isStillHere = isHere();
-  witness = file_->witness();
-  return wasHere && hasName && isStillHere ? 0 : EBUSY;
+  const bool wasAlone = file_->witness() == CursorFile::Witness::alone;
+  return wasHere && hasName && isStillHere && wasAlone ? 0 : EBUSY;
 }
 
 FileContent KeyCursor::beside(std::string_view ending) const {

@@ -22,8 +22,9 @@ struct KeyFacts {
 
 /// Reads keys through the driver's one cursor, which every process moves as it likes. What is
 /// returned belongs to the key that was asked for: a reading that may have been another's is taken
-/// again, a bounded number of times, and is an error in the end. Errors are the system's; EBUSY is
-/// a reading that could not be had to itself. Any thread.
+/// again, a bounded number of times, and is an error in the end. So is every reading where the
+/// system does not tell of others' writes. Errors are the system's; EBUSY is a reading that could
+/// not be had to itself. Any thread.
 class KeyCursor {
  public:
   /// The cursor is the file `path`; what it points at are the files whose names begin with it.
@@ -45,17 +46,16 @@ class KeyCursor {
   struct Sight {
     FileContent name;
     std::vector<FileContent> facts;
-    friend bool operator==(const Sight&, const Sight&) = default;
   };
 
   [[nodiscard]] int visit(std::uint32_t index, const std::vector<std::string_view>& facts,
                           Sight& sight);
   [[nodiscard]] int openFile() HALVARIN_REQUIRES(mutex_);
   [[nodiscard]] bool lockFile() HALVARIN_REQUIRES(mutex_);
-  [[nodiscard]] int lookSurely(std::uint32_t index, const std::vector<std::string_view>& facts,
-                               Sight& sight) HALVARIN_REQUIRES(mutex_);
+  [[nodiscard]] int lookOnce(std::uint32_t index, const std::vector<std::string_view>& facts,
+                             Sight& sight) HALVARIN_REQUIRES(mutex_);
   [[nodiscard]] int look(std::uint32_t index, const std::vector<std::string_view>& facts,
-                         Sight& sight, CursorFile::Witness& witness) HALVARIN_REQUIRES(mutex_);
+                         Sight& sight) HALVARIN_REQUIRES(mutex_);
   [[nodiscard]] FileContent beside(std::string_view ending) const;
 
   const std::shared_ptr<FileTree> files_;

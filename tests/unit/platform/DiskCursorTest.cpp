@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 
+#include "tests/support/FileLimit.h"
 #include "tests/support/SharedData.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -92,6 +93,15 @@ TEST_F(DiskCursorFile, DoesNotTakeReadersForWriters) {
 
 TEST_F(DiskCursorFile, IsBlindBeforeItIsSet) {
   EXPECT_EQ(cursor_->witness(), Witness::blind);
+}
+
+TEST_F(DiskCursorFile, IsBlindWhereTheSystemHasNoMoreNoticesToGive) {
+  const FileLimit limit(1);
+  int error = 0;
+  const auto cursor = DiskCursor::open(path_, error);
+  ASSERT_TRUE(cursor) << error;
+  ASSERT_EQ(cursor->set("1"), 0);
+  EXPECT_EQ(cursor->witness(), Witness::blind);
 }
 
 TEST_F(DiskCursorFile, IsLockedForOneProcessAtATime) {

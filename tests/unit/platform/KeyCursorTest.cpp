@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/FileLimit.h"
 #include "tests/unit/platform/DriverBench.h"
 
 namespace halvarin::test {
@@ -189,10 +190,9 @@ TEST_F(MeddledCursor, GivesTheRightValueAfterItWasMovedAwayAndBackForAWhile) {
   EXPECT_EQ(meddled_, 5);
 }
 
-TEST_F(MeddledCursor, GivesTheRightValueThoughBlindOnceItIsLeftAlone) {
-  EXPECT_EQ(readWhile(1, moveAwayAndBack, true), 0);
-  EXPECT_EQ(bytes_, kRight);
-  EXPECT_EQ(meddled_, 1);
+TEST_F(MeddledCursor, GivesNeverAnothersValueWhereTheSystemTellsOfNoWrites) {
+  EXPECT_EQ(readWhile(kAlways, moveAwayAndBack, true), EBUSY);
+  EXPECT_EQ(bytes_, "");
 }
 
 TEST_F(MeddledCursor, GivesNoValueWhenItIsMovedAwayForGood) {
@@ -210,6 +210,32 @@ TEST_F(MeddledCursor, GivesNoValueWhenItIsMovedAwayForGood) {
           << file << isBlind;
     }
   }
+}
+
+TEST(KeyCursor, AsksTheControllerForNothingWhereTheSystemTellsOfNoWrites) {
+  DriverScript script;
+  script.isBlind = true;
+  const DriverBench bench(numberedKeys(), script);
+  std::string bytes;
+  EXPECT_EQ(bench.newCursor()->readValue(7, platform::fourBytes("K007"), bytes), EBUSY);
+  EXPECT_EQ(bench.driver()->valuesRead(), 0U);
+}
+
+TEST(KeyCursor, IsOpenedAnewUntilTheSystemTellsOfWrites) {
+  // As when other programs give back the notices that this user may have.
+  const TemporaryFolder folder;
+  folder.write("key_at_index", "0");
+  folder.write("key_at_index_name", "KEY1\n");
+  folder.write("key_at_index_data", "7");
+  const auto files = std::make_shared<platform::DiskTree>(folder.path().string());
+  KeyCursor cursor(files, "/key_at_index", std::make_shared<platform::ScaledClock>(0));
+  {
+    const FileLimit limit(1);
+    EXPECT_EQ(cursor.mayMove(), 0);
+  }
+  std::string bytes;
+  EXPECT_EQ(cursor.readValue(0, platform::fourBytes("KEY1"), bytes), 0);
+  EXPECT_EQ(bytes, "7");
 }
 
 /// A cursor that another moves before the notice of our own write is taken: one notice for both.

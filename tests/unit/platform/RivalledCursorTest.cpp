@@ -35,7 +35,7 @@ class RivalledCursor : public testing::Test {
   /// Reads key after key, each with the name that it must have: so often, and on until the rival
   /// has disturbed many of the readings, however busy the computer is.
   Tally readMany(int reads) {
-    constexpr std::uint64_t kMostlyDisturbed = 50;
+    constexpr std::int64_t kMostlyDisturbed = 50;
     const auto end = std::chrono::steady_clock::now() + 60s;
     Tally tally;
     int done = 0;
@@ -56,9 +56,9 @@ class RivalledCursor : public testing::Test {
   const DriverBench bench_{numberedKeys(), {{}, 20us, {}, false}};
 
  private:
-  /// How often a reading was taken again.
-  [[nodiscard]] std::uint64_t disturbed(int reads) const {
-    return bench_.driver()->valuesRead() - static_cast<std::uint64_t>(reads);
+  /// How often a value was read again.
+  [[nodiscard]] std::int64_t disturbed(int reads) const {
+    return static_cast<std::int64_t>(bench_.driver()->valuesRead()) - reads;
   }
   void readOne(std::uint32_t index, Tally& tally) {
     std::string bytes;
