@@ -1,5 +1,6 @@
 #include "platform/machine/linux/KeyCursor.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <optional>
@@ -12,11 +13,17 @@ namespace halvarin::platform {
 namespace {
 
 using std::chrono::microseconds;
+using std::chrono::milliseconds;
 
 // Others hold the cursor for a millisecond or two: as long as the controller takes for a key. The
-// pauses grow, so that two who meet do not go on in step; all of them take 0.1 s together.
+// pauses grow, so that two who meet do not go on in step; all of them take 0.1 s together, and the
+// waits for the lock as much again at most.
 constexpr int kMostLooks = 20;
 constexpr microseconds kPauseStep(500);
+// A key that the controller refuses takes a quarter of a second and leaves a line in the kernel's
+// log, so a rival must not have it asked for 20 times. No look begins after this time.
+constexpr milliseconds kMostTime(500);
+constexpr int kMostRefusals = 3;
 // Whoever does not let the lock go within this time has stopped. A look shows when it was
 // disturbed, so the lock is a courtesy that it can do without.
 constexpr int kMostLockTries = 10;
@@ -81,17 +88,29 @@ int KeyCursor::readValue(std::uint32_t index, const FourBytes& code, std::string
 int KeyCursor::visit(std::uint32_t index, const std::vector<std::string_view>& facts,
                      Sight& sight) {
   const MutexLock lock(mutex_);
+  const Clock::Duration begin = clock_->now();
+  int refusals = 0;
   int error = EBUSY;
-  for (int looks = 0; looks < kMostLooks && error == EBUSY; ++looks) {
+  for (int looks = 0; error == EBUSY && looks < kMostLooks && refusals < kMostRefusals; ++looks) {
     if (looks > 0) {
       clock_->sleepFor(looks * kPauseStep);
     }
+    if (clock_->now() - begin >= kMostTime) {
+      break;
+    }
+    sight = {};
     error = openFile();
     if (error == 0) {
       error = lookOnce(index, facts, sight);
     }
+    refusals += showsRefusal(sight) ? 1 : 0;
   }
   return error;
+}
+
+bool KeyCursor::showsRefusal(const Sight& sight) {
+  const auto isRefused = [](const FileContent& content) { return content.error == EIO; };
+  return isRefused(sight.name) || std::any_of(sight.facts.begin(), sight.facts.end(), isRefused);
 }
 
 int KeyCursor::openFile() {
@@ -145,7 +164,6 @@ int KeyCursor::look(std::uint32_t index, const std::vector<std::string_view>& fa
   };
   const bool wasHere = isHere();
   sight.name = beside("_name");
-  sight.facts.clear();
   for (const std::string_view fact : facts) {
     sight.facts.push_back(beside(fact));
   }

@@ -50,6 +50,8 @@ class KeyCursor {
 
   [[nodiscard]] int visit(std::uint32_t index, const std::vector<std::string_view>& facts,
                           Sight& sight);
+  /// Whether the controller did not give something of it.
+  [[nodiscard]] static bool showsRefusal(const Sight& sight);
   [[nodiscard]] int openFile() HALVARIN_REQUIRES(mutex_);
   [[nodiscard]] bool lockFile() HALVARIN_REQUIRES(mutex_);
   [[nodiscard]] int lookOnce(std::uint32_t index, const std::vector<std::string_view>& facts,

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -10,11 +12,13 @@
 #include <vector>
 
 #include "tests/support/FileLimit.h"
+#include "tests/support/SteppingClock.h"
 #include "tests/unit/platform/DriverBench.h"
 
 namespace halvarin::test {
 namespace {
 
+using namespace std::chrono_literals;
 using platform::KeyCursor;
 using platform::KeyFacts;
 
@@ -154,7 +158,7 @@ class MeddledCursor : public testing::Test {
   int readWhile(int times, const MeddledDriver::Meddling& meddling, bool isBlind = false) {
     DriverScript script;
     script.isBlind = isBlind;
-    const DriverBench bench(numberedKeys(), script);
+    const DriverBench bench(machine_, script);
     const auto counted = [&, times](ScriptedDriver& driver, const std::string& file, bool after) {
       if (meddled_ < times) {
         const std::uint32_t before = driver.cursor();
@@ -163,13 +167,18 @@ class MeddledCursor : public testing::Test {
       }
     };
     const auto files = std::make_shared<MeddledDriver>(bench.driver(), counted);
-    KeyCursor cursor(files, bench.cursorPath(), std::make_shared<platform::ScaledClock>(0));
-    return cursor.readValue(7, platform::fourBytes("K007"), bytes_);
+    KeyCursor cursor(files, bench.cursorPath(), clock_);
+    const int error = cursor.readValue(7, platform::fourBytes("K007"), bytes_);
+    valuesRead_ = bench.driver()->valuesRead();
+    return error;
   }
   static constexpr int kAlways = 1000000;
   const std::string kRight{'\0', '\7'};
 
+  platform::RecordedMachine machine_ = numberedKeys();
+  const std::shared_ptr<SteppingClock> clock_ = std::make_shared<SteppingClock>();
   std::string bytes_;
+  std::uint64_t valuesRead_ = 0;
   int meddled_ = 0;
 };
 
@@ -193,6 +202,38 @@ TEST_F(MeddledCursor, GivesTheRightValueAfterItWasMovedAwayAndBackForAWhile) {
 TEST_F(MeddledCursor, GivesNeverAnothersValueWhereTheSystemTellsOfNoWrites) {
   EXPECT_EQ(readWhile(kAlways, moveAwayAndBack, true), EBUSY);
   EXPECT_EQ(bytes_, "");
+}
+
+TEST_F(MeddledCursor, LooksTwentyTimesAtAKeyThatAnswersQuickly) {
+  EXPECT_EQ(readWhile(kAlways, moveAwayAndBack), EBUSY);
+  EXPECT_EQ(valuesRead_, 20U);
+}
+
+TEST_F(MeddledCursor, LooksNoLongerThanHalfASecondAtAKeyThatAnswersSlowly) {
+  EXPECT_EQ(readWhile(kAlways,
+                      [&](ScriptedDriver& driver, const std::string& file, bool after) {
+                        moveAwayAndBack(driver, file, after);
+                        clock_->sleepFor(file == "_data" && after ? 200ms : 0ms);
+                      }),
+            EBUSY);
+  EXPECT_EQ(valuesRead_, 3U);
+}
+
+TEST_F(MeddledCursor, AsksAControllerThatGivesNoValueThreeTimes) {
+  machine_.keys[7] = closedKey("K007");
+  EXPECT_EQ(readWhile(kAlways,
+                      [](ScriptedDriver& driver, const std::string& file, bool after) {
+                        if (file == "_data" && after) {
+                          driver.moveCursor(150);
+                        }
+                      }),
+            EBUSY);
+  EXPECT_EQ(valuesRead_, 3U);
+}
+
+TEST_F(MeddledCursor, TellsThatTheControllerGaveNoValueOnceItIsLeftAlone) {
+  machine_.keys[7] = closedKey("K007");
+  EXPECT_EQ(readWhile(2, moveAwayAndBack), EIO);
 }
 
 TEST_F(MeddledCursor, GivesNoValueWhenItIsMovedAwayForGood) {
