@@ -26,15 +26,18 @@ std::vector<std::string> compatible(FileTree& files) {
   return names;
 }
 
+bool isOfMaker(std::string_view name) {
+  return name.substr(0, kMaker.size()) == kMaker;
+}
+
 /// The meaning of a name from the device tree, or the name.
 std::string meaningOf(const std::string& name, const std::vector<DeviceTreeName>& known) {
-  const std::string_view text = name;
-  if (text.substr(0, kMaker.size()) != kMaker) {
+  if (!isOfMaker(name)) {
     return name;
   }
-  const auto found = std::find_if(known.begin(), known.end(), [&](const DeviceTreeName& each) {
-    return each.name == text.substr(kMaker.size());
-  });
+  const std::string_view bare = std::string_view(name).substr(kMaker.size());
+  const auto found = std::find_if(known.begin(), known.end(),
+                                  [&](const DeviceTreeName& each) { return each.name == bare; });
   return found == known.end() ? name : std::string(found->meaning);
 }
 
@@ -64,12 +67,14 @@ std::string textOrNothing(const std::string& text) {
 }  // namespace
 
 std::string modelIdentifier(FileTree& files) {
-  const auto product = lineOf(files, "/sys/class/dmi/id/product_name");
-  if (product && !trimmed(*product).empty()) {
-    return textOrNothing(std::string(trimmed(*product)));
-  }
   const std::vector<std::string> names = compatible(files);
-  return names.empty() ? "" : textOrNothing(meaningOf(names[0], knownBoards()));
+  const std::string board = names.empty() ? "" : meaningOf(names[0], knownBoards());
+  if (!names.empty() && isOfMaker(names[0])) {
+    return textOrNothing(board);  // its boot loader's tables need not know it
+  }
+  const auto product = lineOf(files, "/sys/class/dmi/id/product_name");
+  const bool isTold = product && !trimmed(*product).empty();
+  return textOrNothing(isTold ? std::string(trimmed(*product)) : board);
 }
 
 std::string processorName(FileTree& files) {

@@ -10,9 +10,9 @@
 
 namespace halvarin::platform {
 
-/// The model identifier ("MacBookPro16,1"): of an Intel Mac from its firmware's tables, of one with
-/// Apple silicon by the board's name in the device tree, or that name itself ("apple,j999") where
-/// no identifier is known for it. "" when nothing tells it.
+/// The model identifier ("MacBookPro16,1"): of one with Apple silicon by the board's name in the
+/// device tree, or that name itself ("apple,j999") where no identifier is known for it; of an Intel
+/// Mac from its firmware's tables. "" when nothing tells it.
 [[nodiscard]] std::string modelIdentifier(FileTree& files);
 
 /// The processor's name ("Apple M1", or the name that an Intel processor gives itself); "" when

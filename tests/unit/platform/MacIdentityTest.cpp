@@ -50,6 +50,15 @@ TEST_F(MacIdentity, OfAppleSiliconComesFromTheDeviceTree) {
   EXPECT_EQ(processorName(tree_), "Apple M1");
 }
 
+TEST_F(MacIdentity, OfAppleSiliconIsNotWhatItsBootLoaderSays) {
+  // A boot loader may hand out firmware tables that know nothing of the Mac.
+  writeCompatible(std::string("apple,j293\0apple,t8103\0apple,arm-platform\0", 42));
+  folder_.write("sys/class/dmi/id/product_name", "Unknown Product\n");
+  EXPECT_EQ(modelIdentifier(tree_), "MacBookPro17,1");
+  writeCompatible(std::string("virtual,board\0", 14));
+  EXPECT_EQ(modelIdentifier(tree_), "Unknown Product");
+}
+
 TEST_F(MacIdentity, OfAnUnknownBoardIsItsNameInTheDeviceTree) {
   writeCompatible(std::string("apple,j999\0apple,t9999\0", 23));
   EXPECT_EQ(modelIdentifier(tree_), "apple,j999");
