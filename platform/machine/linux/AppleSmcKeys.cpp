@@ -92,12 +92,10 @@ DriverAnswer AppleSmcKeys::answer(const ControllerRequest& request) {
 }
 
 DriverAnswer AppleSmcKeys::keyByIndex(std::uint32_t index) {
-  KeyFacts facts;
-  if (const int error = directory_.at(index, facts)) {
+  DriverAnswer answer;
+  if (const int error = directory_.nameAt(index, answer.reply.key)) {
     return error == EINVAL ? refusal(kResultIndexOutOfRange) : failure(error);
   }
-  DriverAnswer answer;
-  answer.reply.key = facts.code;
   return answer;
 }
 

@@ -41,6 +41,11 @@ std::optional<FourBytes> codeOf(const FileContent& content) {
   return text.empty() || text.size() > 4 ? std::nullopt : std::optional(fourBytes(text));
 }
 
+/// A type may be nothing but zeros.
+std::optional<FourBytes> typeOf(const FileContent& content) {
+  return content.bytes == "\n" ? FourBytes() : codeOf(content);
+}
+
 }  // namespace
 
 KeyCursor::KeyCursor(std::shared_ptr<FileTree> files, std::string path,
@@ -52,18 +57,34 @@ int KeyCursor::mayMove() {
   return openFile();
 }
 
+int KeyCursor::name(std::uint32_t index, FourBytes& code) {
+  Sight sight;
+  if (const int error = visit(index, {}, sight)) {
+    return error;
+  }
+  if (sight.name.error != 0) {
+    return sight.name.error;
+  }
+  const auto named = codeOf(sight.name);
+  code = named.value_or(code);
+  return named ? 0 : EBADMSG;
+}
+
 int KeyCursor::describe(std::uint32_t index, KeyFacts& facts) {
   Sight sight;
   if (const int error = visit(index, {"_type", "_data_length"}, sight)) {
     return error;
   }
-  for (const FileContent& each : {sight.name, sight.facts[0], sight.facts[1]}) {
+  if (sight.name.error != 0) {
+    return sight.name.error;
+  }
+  for (const FileContent& each : sight.facts) {
     if (each.error != 0) {
       return each.error;
     }
   }
   const auto code = codeOf(sight.name);
-  const auto type = codeOf(sight.facts[0]);
+  const auto type = typeOf(sight.facts[0]);
   const auto size = wholeNumber(withoutLineEnd(sight.facts[1].bytes));
   if (!code || !type || !size || *size >= kMostBytes) {
     return EBADMSG;
@@ -164,10 +185,12 @@ int KeyCursor::look(std::uint32_t index, const std::vector<std::string_view>& fa
   };
   const bool wasHere = isHere();
   sight.name = beside("_name");
-  for (const std::string_view fact : facts) {
-    sight.facts.push_back(beside(fact));
+  if (sight.name.error == 0) {
+    for (const std::string_view fact : facts) {
+      sight.facts.push_back(beside(fact));
+    }
   }
-  const bool hasName = beside("_name") == sight.name;
+  const bool hasName = sight.name.error != 0 || beside("_name") == sight.name;
   const bool isStillHere = isHere();
   const bool wasAlone = file_->witness() == CursorFile::Witness::alone;
   return wasHere && hasName && isStillHere && wasAlone ? 0 : EBUSY;

@@ -34,6 +34,9 @@ class KeyCursor {
   /// 0 when this process may move the cursor.
   [[nodiscard]] int mayMove();
 
+  /// The key's name alone. EINVAL for an index that the driver does not have.
+  [[nodiscard]] int name(std::uint32_t index, FourBytes& code);
+
   /// EINVAL for an index that the driver does not have.
   [[nodiscard]] int describe(std::uint32_t index, KeyFacts& facts);
 
@@ -45,7 +48,7 @@ class KeyCursor {
   /// What one look at the key under the cursor has shown.
   struct Sight {
     FileContent name;
-    std::vector<FileContent> facts;
+    std::vector<FileContent> facts;  // none when there is no name
   };
 
   [[nodiscard]] int visit(std::uint32_t index, const std::vector<std::string_view>& facts,

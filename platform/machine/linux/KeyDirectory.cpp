@@ -4,6 +4,7 @@
 #include <bit>
 #include <cerrno>
 #include <utility>
+#include <vector>
 
 #include "base/NumberText.h"
 #include "platform/machine/linux/SmcDriver.h"
@@ -16,6 +17,10 @@ namespace {
 // the keys would be busy for hours.
 constexpr std::uint64_t kMostKeys = 65536;
 
+// Of the keys that are asked for a name in place of one that gives none. Where so many in a row
+// give none, it is the controller that is silent, and each of them takes a quarter of a second.
+constexpr std::size_t kMostNeighbours = 4;
+
 std::uint32_t number(const FourBytes& code) {
   return std::bit_cast<std::uint32_t>(code);
 }
@@ -24,6 +29,11 @@ bool isBefore(const FourBytes& a, const FourBytes& b) {
   return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
     return static_cast<unsigned char>(x) < static_cast<unsigned char>(y);
   });
+}
+
+/// Whether an error is that of the key that was looked at, and not of the driver.
+bool isOfOneKey(int error) {
+  return error == EIO || error == EBADMSG;
 }
 
 }  // namespace
@@ -48,14 +58,19 @@ int KeyDirectory::count(std::uint32_t& keys) {
   return 0;
 }
 
-int KeyDirectory::at(std::uint32_t index, KeyFacts& facts) {
-  if (const auto kept = known(index)) {
-    facts = *kept;
-    return 0;
+int KeyDirectory::nameAt(std::uint32_t index, FourBytes& code) {
+  {
+    const MutexLock lock(mutex_);
+    const auto kept = names_.find(index);
+    if (kept != names_.end()) {
+      code = kept->second;
+      return 0;
+    }
   }
-  const int error = cursor_.describe(index, facts);
+  const int error = cursor_.name(index, code);
   if (error == 0) {
-    keep(index, facts);
+    const MutexLock lock(mutex_);
+    names_.emplace(index, code);
   }
   return error;
 }
@@ -70,40 +85,68 @@ int KeyDirectory::find(const FourBytes& code, Entry& entry) {
     return error;
   }
   while (low < high) {
-    const std::uint32_t middle = low + (high - low) / 2;
-    KeyFacts facts;
-    if (const int error = at(middle, facts)) {
+    std::uint32_t index = 0;
+    FourBytes name{};
+    if (const int error = nameNearMiddle(low, high, index, name)) {
       return error;
     }
-    if (facts.code == code) {
-      entry = {middle, facts};
-      return 0;
+    if (name == code) {
+      return describe(index, code, entry);
     }
-    (isBefore(facts.code, code) ? low : high) = isBefore(facts.code, code) ? middle + 1 : middle;
+    (isBefore(name, code) ? low : high) = isBefore(name, code) ? index + 1 : index;
   }
   return ENOKEY;
 }
 
-std::optional<KeyFacts> KeyDirectory::known(std::uint32_t index) {
+/// The key nearest to the middle, from there upwards and then downwards, that has a name.
+int KeyDirectory::nameNearMiddle(std::uint32_t low, std::uint32_t high, std::uint32_t& index,
+                                 FourBytes& code) {
+  const std::uint32_t middle = low + (high - low) / 2;
+  std::vector<std::uint32_t> passed;
+  int error = EIO;
+  for (std::uint32_t i = 0; i < high - low && isOfOneKey(error) && passed.size() < kMostNeighbours;
+       ++i) {
+    index = middle + i < high ? middle + i : high - 1 - i;
+    if (!isNameless(index)) {
+      error = nameAt(index, code);
+      passed.push_back(index);
+    }
+  }
+  if (error == 0) {
+    passed.pop_back();
+    const MutexLock lock(mutex_);
+    nameless_.insert(passed.begin(), passed.end());
+  }
+  return error;
+}
+
+int KeyDirectory::describe(std::uint32_t index, const FourBytes& code, Entry& entry) {
+  KeyFacts facts;
+  if (const int error = cursor_.describe(index, facts)) {
+    return error;
+  }
+  if (facts.code != code) {
+    return EBADMSG;  // another driver than the one that was asked before
+  }
+  entry = {index, facts};
   const MutexLock lock(mutex_);
-  const auto found = byIndex_.find(index);
-  return found == byIndex_.end() ? std::nullopt : std::optional(found->second);
+  found_.emplace(number(code), entry);
+  return 0;
 }
 
 bool KeyDirectory::isKnown(const FourBytes& code, Entry& entry) {
   const MutexLock lock(mutex_);
-  const auto found = indices_.find(number(code));
-  if (found == indices_.end()) {
+  const auto found = found_.find(number(code));
+  if (found == found_.end()) {
     return false;
   }
-  entry = {found->second, byIndex_.at(found->second)};
+  entry = found->second;
   return true;
 }
 
-void KeyDirectory::keep(std::uint32_t index, const KeyFacts& facts) {
+bool KeyDirectory::isNameless(std::uint32_t index) {
   const MutexLock lock(mutex_);
-  byIndex_.emplace(index, facts);
-  indices_.emplace(number(facts.code), index);
+  return nameless_.contains(index);
 }
 
 }  // namespace halvarin::platform

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "base/Mutex.h"
 #include "platform/machine/MachineFile.h"
@@ -29,23 +29,28 @@ class KeyDirectory {
   [[nodiscard]] int count(std::uint32_t& keys);
 
   /// EINVAL for an index that the driver does not have.
-  [[nodiscard]] int at(std::uint32_t index, KeyFacts& facts);
+  [[nodiscard]] int nameAt(std::uint32_t index, FourBytes& code);
 
-  /// Finds a key by its name, by bisection: the driver lists keys in the order of their bytes.
-  /// ENOKEY when there is none of that name.
+  /// Finds a key by its name, by bisection: the driver lists keys in the order of their bytes. Keys
+  /// whose names the controller does not give are passed over. ENOKEY when there is none of that
+  /// name; EIO or EBADMSG when it may be one of those.
   [[nodiscard]] int find(const FourBytes& code, Entry& entry);
 
  private:
-  [[nodiscard]] std::optional<KeyFacts> known(std::uint32_t index);
+  [[nodiscard]] int nameNearMiddle(std::uint32_t low, std::uint32_t high, std::uint32_t& index,
+                                   FourBytes& code);
+  [[nodiscard]] int describe(std::uint32_t index, const FourBytes& code, Entry& entry);
   [[nodiscard]] bool isKnown(const FourBytes& code, Entry& entry);
-  void keep(std::uint32_t index, const KeyFacts& facts);
+  [[nodiscard]] bool isNameless(std::uint32_t index);
 
   const std::shared_ptr<FileTree> files_;
   const std::string countPath_;
   KeyCursor& cursor_;
   Mutex mutex_;
-  std::unordered_map<std::uint32_t, KeyFacts> byIndex_ HALVARIN_GUARDED_BY(mutex_);
-  std::unordered_map<std::uint32_t, std::uint32_t> indices_ HALVARIN_GUARDED_BY(mutex_);  // by code
+  std::unordered_map<std::uint32_t, FourBytes> names_ HALVARIN_GUARDED_BY(mutex_);  // by index
+  // Indices that gave no name while one beside them did.
+  std::unordered_set<std::uint32_t> nameless_ HALVARIN_GUARDED_BY(mutex_);
+  std::unordered_map<std::uint32_t, Entry> found_ HALVARIN_GUARDED_BY(mutex_);  // by code
 };
 
 }  // namespace halvarin::platform

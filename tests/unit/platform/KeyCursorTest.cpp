@@ -35,6 +35,31 @@ TEST(KeyCursor, DescribesTheKeyAtAnIndex) {
   EXPECT_EQ(facts.type, platform::fourBytes("ui8"));
 }
 
+TEST(KeyCursor, TakesATypeOfNothingButZerosThatIsPrintedAsAnEmptyLine) {
+  platform::RecordedKey untyped = key("KEY1", "ui8 ", {1});
+  untyped.type = {};
+  const DriverBench bench(machineWith({untyped}));
+  KeyFacts facts;
+  ASSERT_EQ(bench.newCursor()->describe(1, facts), 0);
+  EXPECT_EQ(facts.type, platform::FourBytes());
+  EXPECT_EQ(facts.sizeBytes, 1U);
+}
+
+TEST(KeyCursor, NamesAKeyThatItCannotDescribe) {
+  const TemporaryFolder folder;
+  const auto files = std::make_shared<platform::DiskTree>(folder.path().string());
+  KeyCursor cursor(files, "/key_at_index", std::make_shared<platform::ScaledClock>(0));
+  folder.write("key_at_index", "0");
+  folder.write("key_at_index_name", "KEY1\n");
+  KeyFacts facts;
+  EXPECT_EQ(cursor.describe(0, facts), ENOENT);
+  platform::FourBytes code{};
+  EXPECT_EQ(cursor.name(0, code), 0);
+  EXPECT_EQ(code, platform::fourBytes("KEY1"));
+  folder.write("key_at_index_name", "\n");
+  EXPECT_EQ(cursor.name(0, code), EBADMSG);
+}
+
 TEST(KeyCursor, RefusesAnIndexBehindTheLastKey) {
   const DriverBench bench(numberedKeys());
   KeyFacts facts;

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <memory>
+#include <set>
 #include <string>
 
 #include "tests/unit/platform/DriverBench.h"
@@ -10,9 +13,9 @@
 namespace halvarin::test {
 namespace {
 
+using platform::FourBytes;
 using platform::fourBytes;
 using platform::KeyDirectory;
-using platform::KeyFacts;
 
 platform::RecordedMachine fiveKeys() {
   return machineWith({key("BATP", "flag", {0}), key("FS! ", "ui16", {0, 0}),
@@ -51,21 +54,103 @@ TEST_F(Directory, FindsNoKeyThatIsNotThere) {
 }
 
 TEST_F(Directory, AsksForAKeyOnce) {
-  KeyFacts facts;
-  ASSERT_EQ(directory_.at(3, facts), 0);
   KeyDirectory::Entry entry;
+  FourBytes code{};
+  ASSERT_EQ(directory_.nameAt(3, code), 0);
+  ASSERT_EQ(directory_.find(fourBytes("TC0P"), entry), 0);
   bench_.driver()->moveCursor(0);
-  ASSERT_EQ(directory_.at(3, facts), 0);
+  ASSERT_EQ(directory_.nameAt(3, code), 0);
+  EXPECT_EQ(code, fourBytes("TC0P"));
   ASSERT_EQ(directory_.find(fourBytes("TC0P"), entry), 0);
   EXPECT_EQ(entry.index, 3U);
   EXPECT_EQ(bench_.driver()->read(bench_.cursorPath(), 10).bytes, "0\n");
 }
 
 TEST_F(Directory, HasNoIndexBehindTheLastKey) {
-  KeyFacts facts;
-  EXPECT_EQ(directory_.at(4, facts), 0);
-  EXPECT_EQ(directory_.at(5, facts), EINVAL);
-  EXPECT_EQ(directory_.at(0xFFFFFFFFU, facts), EINVAL);
+  FourBytes code{};
+  EXPECT_EQ(directory_.nameAt(4, code), 0);
+  EXPECT_EQ(directory_.nameAt(5, code), EINVAL);
+  EXPECT_EQ(directory_.nameAt(0xFFFFFFFFU, code), EINVAL);
+}
+
+/// A driver that does not give some of the keys' names: the files of these indices have this error.
+class NamelessDriver : public ScriptedDriver {
+ public:
+  using ScriptedDriver::ScriptedDriver;
+  platform::FileContent read(const std::string& path, std::size_t most) override {
+    const bool isName = path.size() > 5 && path.substr(path.size() - 5) == "_name";
+    if (!isName || nameless.count(cursor()) == 0) {
+      return ScriptedDriver::read(path, most);
+    }
+    ++asked;
+    return {error, {}};
+  }
+
+  std::set<std::uint32_t> nameless;
+  int error = EIO;
+  int asked = 0;  // for a name that it does not give
+};
+
+class DirectoryWithNamelessKeys : public testing::Test {
+ protected:
+  int find(const char* name) {
+    KeyDirectory::Entry entry;
+    const int error = directory_.find(fourBytes(name), entry);
+    EXPECT_TRUE(error != 0 || entry.facts.code == fourBytes(name));
+    return error;
+  }
+
+  const DriverBench bench_{fiveKeys()};
+  const std::shared_ptr<NamelessDriver> driver_ = std::make_shared<NamelessDriver>(bench_.folder());
+  platform::KeyCursor cursor_{driver_, bench_.cursorPath(),
+                              std::make_shared<platform::ScaledClock>(0)};
+  KeyDirectory directory_{driver_, std::string(ScriptedDriver::kDevice) + "/key_count", cursor_};
+};
+
+TEST_F(DirectoryWithNamelessKeys, FindsAllOthers) {
+  for (const std::set<std::uint32_t>& nameless :
+       {std::set<std::uint32_t>{2}, {1, 2, 3}, {0, 2, 4}, {2, 3, 4}, {0, 1, 2}}) {
+    driver_->nameless = nameless;
+    KeyDirectory directory(driver_, std::string(ScriptedDriver::kDevice) + "/key_count", cursor_);
+    const char* const names[] = {"#KEY", "BATP", "FS! ", "TC0P", "TC0p"};
+    for (std::uint32_t i = 0; i < 5; ++i) {
+      KeyDirectory::Entry entry;
+      const int error = directory.find(fourBytes(names[i]), entry);
+      EXPECT_EQ(error, nameless.count(i) > 0 ? EIO : 0) << names[i];
+      EXPECT_EQ(error == 0 ? entry.index : i, i);
+    }
+  }
+}
+
+TEST_F(DirectoryWithNamelessKeys, DoesNotCallAKeyMissingThatMayBeOneOfThem) {
+  driver_->nameless = {2};
+  EXPECT_EQ(find("FS! "), EIO);
+  EXPECT_EQ(find("D!!!"), EIO);
+  EXPECT_EQ(find("TC0Q"), ENOKEY);
+  EXPECT_EQ(find("AAAA"), ENOKEY);
+}
+
+TEST_F(DirectoryWithNamelessKeys, AsksForANameOnceWhileAnotherIsGiven) {
+  driver_->nameless = {2};
+  EXPECT_EQ(find("BATP"), 0);
+  const int asked = driver_->asked;
+  EXPECT_GT(asked, 0);
+  EXPECT_EQ(find("TC0P"), 0);
+  EXPECT_EQ(find("FS! "), EIO);
+  EXPECT_EQ(driver_->asked, asked);
+}
+
+TEST_F(DirectoryWithNamelessKeys, AsksAgainAfterATimeWithoutAnyNames) {
+  driver_->nameless = {0, 1, 2, 3, 4};
+  EXPECT_EQ(find("FS! "), EIO);
+  driver_->nameless = {};
+  EXPECT_EQ(find("FS! "), 0);
+}
+
+TEST_F(DirectoryWithNamelessKeys, DoesNotPassOverAKeyWhoseNameItMayNotKnowYet) {
+  driver_->nameless = {2};
+  driver_->error = ENODEV;
+  EXPECT_EQ(find("BATP"), ENODEV);
 }
 
 TEST(KeyDirectory, TakesNoAbsurdCount) {
