@@ -91,7 +91,8 @@ class ForcedFan {
     const EndSignals signals([this] { endNow(); });
     std::signal(SIGTSTP, SIG_IGN);  // a suspended program could not hand its fan back
     say(printable(headingLine(machineHeading(options_, facade_->machineModel()))));
-    control_.set(std::make_shared<FanControl>(facade_, FanGuard::start(options_)));
+    control_.set(std::make_shared<FanControl>(
+        facade_, FanGuard::start(options_, [this] { return isAsked_.load(); })));
     if (!force()) {
       say("Ended before " + name_ + " was forced.");
       return Exit::fine;

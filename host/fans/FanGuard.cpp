@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <utility>
 
 #include "base/NumberText.h"
 #include "base/ScopeGuard.h"
@@ -92,7 +93,8 @@ ssize_t readByte(int descriptor, int milliseconds) {
 
 }  // namespace
 
-std::unique_ptr<FanGuard> FanGuard::start(const Options& options) {
+std::unique_ptr<FanGuard> FanGuard::start(const Options& options,
+                                          const std::function<bool()>& isAsked) {
   if (options.machine.kind == MachineOption::Kind::simulated ||
       options.machine.kind == MachineOption::Kind::file) {
     return nullptr;
@@ -107,22 +109,31 @@ std::unique_ptr<FanGuard> FanGuard::start(const Options& options) {
   if (process < 0) {
     refuse(std::strerror(-process));
   }
-  if (!guard->isReady()) {
+  guard->waitUntilReady(isAsked);
+  if (!guard->isReady_ && !isAsked()) {
     refuse("it did not find the machine");
   }
-  return guard;
+  return guard->isReady_ ? std::move(guard) : nullptr;
 }
 
-bool FanGuard::isReady() const {
+void FanGuard::waitUntilReady(const std::function<bool()>& isAsked) {
   // It lists the machine's keys, as the program did. Under Linux each key that the controller does
   // not let be read takes a quarter of a second, and there may be 80 of them.
-  constexpr int kMostMilliseconds = 60000;
-  return readByte(fromGuardian_, kMostMilliseconds) == 1;
+  constexpr int kMostLooks = 1200;
+  constexpr int kLookMilliseconds = 50;  // people take an end that comes so soon for one at once
+  ssize_t bytes = -1;
+  for (int i = 0; i < kMostLooks && bytes < 0 && !isAsked(); ++i) {
+    bytes = readByte(fromGuardian_, kLookMilliseconds);
+  }
+  isReady_ = bytes == 1;
 }
 
 FanGuard::~FanGuard() {
   constexpr int kMostMilliseconds = 2500;  // a little more than it may take to hand back
   close(toGuardian_);
+  if (process_ > 0 && !isReady_) {
+    kill(process_, SIGKILL);  // nothing was forced yet, and it would go on listing keys
+  }
   const bool hasEnded = process_ > 0 && readByte(fromGuardian_, kMostMilliseconds) == 0;
   if (hasEnded) {
     waitpid(process_, nullptr, 0);

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,11 +18,13 @@ namespace halvarin::host {
 class FanGuard {
  public:
   /// Starts the guardian for the machine of these options and waits until it is ready. Null for
-  /// machines that end with the program. Throws ExitError when it cannot be had: without it no fan
-  /// may be forced.
-  [[nodiscard]] static std::unique_ptr<FanGuard> start(const Options& options);
+  /// machines that end with the program, and when the program was asked to end meanwhile, which
+  /// `isAsked` tells for good from then on: no fan may be forced any more. Throws ExitError when
+  /// the guardian cannot be had: without it no fan may be forced.
+  [[nodiscard]] static std::unique_ptr<FanGuard> start(const Options& options,
+                                                       const std::function<bool()>& isAsked);
 
-  /// Lets the guardian go and waits until it has ended.
+  /// Lets the guardian go and waits until it has ended; ends one that is not ready.
   ~FanGuard();
   FanGuard(const FanGuard&) = delete;
   FanGuard& operator=(const FanGuard&) = delete;
@@ -39,11 +42,12 @@ class FanGuard {
   FanGuard(pid_t process, int toGuardian, int fromGuardian)
       : process_(process), toGuardian_(toGuardian), fromGuardian_(fromGuardian) {}
   [[nodiscard]] bool tell(const std::string& line) const;
-  [[nodiscard]] bool isReady() const;
+  void waitUntilReady(const std::function<bool()>& isAsked);
 
   const pid_t process_;
   const int toGuardian_;
   const int fromGuardian_;  // closed by the guardian's end
+  bool isReady_ = false;
 };
 
 /// What the program has told its guardian.

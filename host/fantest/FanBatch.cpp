@@ -62,7 +62,10 @@ void FanBatch::askForEnd() {
 /// The guardian is told of every fan before the first command, for the tests give none a chance to
 /// tell it in time.
 void FanBatch::guardFans() {
-  guard_ = FanGuard::start(options_);
+  guard_ = FanGuard::start(options_, [this] { return isAsked_.load(); });
+  if (isAsked_) {
+    throw ExitError(Exit::canceled, "ended before a fan was tested");
+  }
   if (!guard_) {
     return;
   }

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -110,6 +111,44 @@ TEST_F(FansUnderLinux, AreNotSaidToBeLeftForcedWhenTheCommandWasRefused) {
   EXPECT_EQ(run.exit, 6);
   EXPECT_THAT(run.out, Not(HasSubstr("left forced")));
   EXPECT_THAT(run.err, HasSubstr("did not take the command"));
+}
+
+/// A controller that takes its time for every value, so that listing the keys takes seconds.
+class SlowFansUnderLinux : public FansUnderLinux {
+ protected:
+  SlowFansUnderLinux() {
+    ScriptedDriver::layOut(folder_.path(), fanMachine(FanStyle::forceBits),
+                           {Names::older, 100ms, {}, false});
+  }
+  std::uint64_t valuesRead() { return ScriptedDriver(folder_.path()).valuesRead(); }
+
+  /// Ends the program with a signal while its guardian lists the keys.
+  ProgramRun endBeforeTheGuardianIsReady(const std::vector<std::string>& words) {
+    RunningProgram program(HALVARIN_ROOTED, words);
+    EXPECT_TRUE(program.waitForOutput("Machine:", kMost)) << program.soFar().err;
+    const std::uint64_t ofProgram = valuesRead();
+    EXPECT_TRUE(becomesTrue(kMost, [&] { return valuesRead() > ofProgram; }));
+    const std::uint64_t atSignal = valuesRead();
+    program.signal(SIGINT);
+    const ProgramRun run = program.waitForEnd(kMost).value_or(ProgramRun());
+    const std::uint64_t atEnd = valuesRead();
+    EXPECT_LE(atEnd, atSignal + 4) << "the guardian was waited for";
+    EXPECT_FALSE(becomesTrue(500ms, [&] { return valuesRead() > atEnd; })) << "it goes on";
+    return run;
+  }
+};
+
+TEST_F(SlowFansUnderLinux, AreNotWaitedForWhenTheEndIsAskedForFirst) {
+  const ProgramRun run = endBeforeTheGuardianIsReady({"fan", "0", "2500"});
+  EXPECT_EQ(run.exit, 0) << run.err;
+  EXPECT_THAT(run.out, HasSubstr("Ended before Fan 0 was forced."));
+  EXPECT_THAT(writes(), IsEmpty());
+}
+
+TEST_F(SlowFansUnderLinux, AreNotTestedWhenTheEndIsAskedForFirst) {
+  const ProgramRun run = endBeforeTheGuardianIsReady({"test", "fans"});
+  EXPECT_EQ(run.exit, 4) << run.err;
+  EXPECT_THAT(run.err, HasSubstr("ended before a fan was tested"));
   EXPECT_THAT(writes(), IsEmpty());
 }
 
