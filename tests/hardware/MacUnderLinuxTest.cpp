@@ -80,10 +80,16 @@ TEST_F(ThisMac, TellsOfEveryMoveOfTheCursor) {
     GTEST_SKIP() << "the driver of Apple silicon has no cursor";
   }
   int error = 0;
-  const auto cursor = files_.openCursor(driverFile(files_, *driver_, "key_at_index"), error);
-  ASSERT_TRUE(cursor) << error;
+  const std::string path = driverFile(files_, *driver_, "key_at_index");
+  const auto cursor = files_.openCursor(path, error);
+  const auto other = files_.openCursor(path, error);
+  ASSERT_TRUE(cursor && other) << error;
+  ASSERT_TRUE(cursor->tryLock()) << "another program is reading keys";
   ASSERT_EQ(cursor->set("1"), 0);
-  EXPECT_NE(cursor->witness(), CursorFile::Witness::blind);
+  EXPECT_EQ(cursor->witness(), CursorFile::Witness::alone);
+  ASSERT_EQ(other->set("2"), 0);
+  ASSERT_EQ(other->set("1"), 0);
+  EXPECT_EQ(cursor->witness(), CursorFile::Witness::disturbed);
 }
 
 TEST_F(ThisMac, KnowsWhatItIs) {

@@ -176,6 +176,11 @@ TEST_F(AppleSiliconFan, IsForcedByItsTargetAndHandedBackByZero) {
   EXPECT_EQ(target().front(), '0');
 }
 
+TEST_F(AppleSiliconFan, IsHandedBackByTheGuardianOfAKilledProgram) {
+  EXPECT_EQ(forceAndEnd(SIGKILL).exit, 128 + SIGKILL);
+  EXPECT_TRUE(becomesTrue(2s, [&] { return target().front() == '0'; })) << target();
+}
+
 TEST_F(AppleSiliconFan, IsHandedBackByAnotherRunOfTheProgram) {
   ASSERT_EQ(runProgram(HALVARIN_ROOTED, {"fan", "0", "2500", "--leave"}).exit, 0);
   EXPECT_EQ(target(), "2500");

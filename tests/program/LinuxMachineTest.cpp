@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <variant>
 
 #include "tests/support/AppleSiliconTree.h"
 #include "tests/support/Machines.h"
@@ -80,11 +82,19 @@ TEST_F(Computer, ListsTheSameSensorsAsTheRecordedMachine) {
   EXPECT_EQ(rowOf(here), rowOf(recorded));
 }
 
-TEST_F(Computer, ShowsAKeyThatTheControllerRefusesAsOne) {
+TEST_F(Computer, DumpsAKeyThatTheControllerRefusesAsOne) {
   layOut();
-  const ProgramRun listed = run({"keys", "MSSP", "--json"});
-  EXPECT_EQ(listed.exit, 0) << listed.err;
-  EXPECT_EQ(json::parse(listed.out)[0]["key"], "MSSP");
+  const ProgramRun dumped = run({"keys", "--dump"});
+  EXPECT_EQ(dumped.exit, 0) << dumped.err;
+  const auto parsed = platform::parseMachineFile(dumped.out, "dump");
+  const auto* const machine = std::get_if<platform::RecordedMachine>(&parsed);
+  ASSERT_NE(machine, nullptr);
+  const auto isRefused = [](const platform::RecordedKey& each) { return each.result != 0; };
+  const auto refused = std::find_if(machine->keys.begin(), machine->keys.end(), isRefused);
+  ASSERT_NE(refused, machine->keys.end());
+  EXPECT_EQ(refused->code, platform::fourBytes("MSSP"));
+  EXPECT_EQ(refused->result, platform::kResultNotReadable);
+  EXPECT_EQ(std::count_if(machine->keys.begin(), machine->keys.end(), isRefused), 1);
 }
 
 TEST_F(Computer, ListsItsFans) {
