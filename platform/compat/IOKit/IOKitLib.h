@@ -22,11 +22,12 @@ extern "C" {
 typedef uint8_t UInt8;
 typedef uint16_t UInt16;
 typedef uint32_t UInt32;
-typedef unsigned long long UInt64;
+/* The C of 1989 has no such type; the mark keeps its compilers silent. */
+__extension__ typedef unsigned long long UInt64;
 typedef int8_t SInt8;
 typedef int16_t SInt16;
 typedef int32_t SInt32;
-typedef long long SInt64;
+__extension__ typedef long long SInt64;
 
 typedef int kern_return_t;
 typedef kern_return_t IOReturn;
