@@ -79,7 +79,7 @@ class NamelessDriver : public ScriptedDriver {
   using ScriptedDriver::ScriptedDriver;
   platform::FileContent read(const std::string& path, std::size_t most) override {
     const bool isName = path.size() > 5 && path.substr(path.size() - 5) == "_name";
-    if (!isName || nameless.count(cursor()) == 0) {
+    if (!isName || !nameless.contains(cursor())) {
       return ScriptedDriver::read(path, most);
     }
     ++asked;
@@ -116,7 +116,7 @@ TEST_F(DirectoryWithNamelessKeys, FindsAllOthers) {
     for (std::uint32_t i = 0; i < 5; ++i) {
       KeyDirectory::Entry entry;
       const int error = directory.find(fourBytes(names[i]), entry);
-      EXPECT_EQ(error, nameless.count(i) > 0 ? EIO : 0) << names[i];
+      EXPECT_EQ(error, nameless.contains(i) ? EIO : 0) << names[i];
       EXPECT_EQ(error == 0 ? entry.index : i, i);
     }
   }
