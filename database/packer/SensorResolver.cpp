@@ -90,6 +90,7 @@ std::vector<TableRow> Resolver::keysOf(const Model& model) {
 std::vector<Sensor> Resolver::sensorsOf(const Model& model) {
   const std::vector<TableRow> keys = keysOf(model);
   std::vector<Sensor> sensors;
+  sensors.reserve(keys.size());
   std::set<std::pair<std::string, std::string>> descriptions;
   for (const TableRow& key : keys) {
     sensors.push_back(resolve(model, key));
