@@ -165,7 +165,12 @@ FanControl::FanControl(std::shared_ptr<QXHalvarin> facade, std::unique_ptr<FanGu
     : facade_(std::move(facade)), guard_(std::move(guard)) {}
 
 FanControl::~FanControl() {
-  handBack();
+  try {
+    handBack();
+  } catch (...) {
+    // The guardian, which has not been told to forget the fan, hands it back.
+    return;
+  }
 }
 
 bool FanControl::force(std::uint32_t fan, std::uint16_t speedRpm) {
