@@ -111,7 +111,7 @@ std::unique_ptr<FanGuard> FanGuard::start(const Options& options,
   }
   guard->waitUntilReady(isAsked);
   if (!guard->isReady_ && !isAsked()) {
-    refuse("it did not find the machine");
+    refuse("it did not reach the machine and the keys of all fans in time");
   }
   return guard->isReady_ ? std::move(guard) : nullptr;
 }
