@@ -77,20 +77,6 @@ MachineStatus AppleSmcKeys::access() {
   return statusOf(cursor_.mayMove());
 }
 
-DriverAnswer AppleSmcKeys::answer(const ControllerRequest& request) {
-  switch (static_cast<Command>(request.command)) {
-    case Command::read:
-      return read(request);
-    case Command::write:
-      return write(request);
-    case Command::keyByIndex:
-      return keyByIndex(request.index);
-    case Command::keyInfo:
-      return keyInfo(request.key);
-  }
-  return refusal(kResultBadCommand);
-}
-
 DriverAnswer AppleSmcKeys::keyByIndex(std::uint32_t index) {
   DriverAnswer answer;
   if (const int error = directory_.nameAt(index, answer.reply.key)) {

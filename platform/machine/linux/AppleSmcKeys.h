@@ -27,17 +27,16 @@ class AppleSmcKeys : public DriverKeys {
 
   [[nodiscard]] bool isPresent() override;
   [[nodiscard]] MachineStatus access() override;
-  [[nodiscard]] DriverAnswer answer(const ControllerRequest& request) override;
 
  private:
-  [[nodiscard]] DriverAnswer keyByIndex(std::uint32_t index);
-  [[nodiscard]] DriverAnswer keyInfo(const FourBytes& code);
-  [[nodiscard]] DriverAnswer read(const ControllerRequest& request);
+  [[nodiscard]] DriverAnswer keyByIndex(std::uint32_t index) override;
+  [[nodiscard]] DriverAnswer keyInfo(const FourBytes& code) override;
+  [[nodiscard]] DriverAnswer read(const ControllerRequest& request) override;
   [[nodiscard]] DriverAnswer readCount(std::uint32_t sizeBytes);
   [[nodiscard]] DriverAnswer readEntry(const KeyDirectory::Entry& entry);
   [[nodiscard]] int readFromFanFiles(const KeyFacts& facts, std::string& bytes) const;
   [[nodiscard]] DriverAnswer afterNoValue(const KeyDirectory::Entry& entry);
-  [[nodiscard]] DriverAnswer write(const ControllerRequest& request);
+  [[nodiscard]] DriverAnswer write(const ControllerRequest& request) override;
   [[nodiscard]] DriverAnswer writeFan(const FanKeyName& name, const KeyFacts& facts,
                                       const ControllerRequest& request);
   [[nodiscard]] DriverAnswer writeSpeed(const FanKeyName& name, const KeyFacts& facts,

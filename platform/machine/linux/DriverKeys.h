@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "platform/machine/linux/DriverAnswer.h"
 
 namespace halvarin::platform {
@@ -17,7 +19,25 @@ class DriverKeys {
   [[nodiscard]] virtual MachineStatus access() = 0;
 
   /// Answers one of the controller's commands; another is refused.
-  [[nodiscard]] virtual DriverAnswer answer(const ControllerRequest& request) = 0;
+  [[nodiscard]] DriverAnswer answer(const ControllerRequest& request) {
+    switch (static_cast<Command>(request.command)) {
+      case Command::read:
+        return read(request);
+      case Command::write:
+        return write(request);
+      case Command::keyByIndex:
+        return keyByIndex(request.index);
+      case Command::keyInfo:
+        return keyInfo(request.key);
+    }
+    return refusal(kResultBadCommand);
+  }
+
+ private:
+  [[nodiscard]] virtual DriverAnswer keyByIndex(std::uint32_t index) = 0;
+  [[nodiscard]] virtual DriverAnswer keyInfo(const FourBytes& code) = 0;
+  [[nodiscard]] virtual DriverAnswer read(const ControllerRequest& request) = 0;
+  [[nodiscard]] virtual DriverAnswer write(const ControllerRequest& request) = 0;
 };
 
 }  // namespace halvarin::platform

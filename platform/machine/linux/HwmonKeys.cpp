@@ -166,21 +166,7 @@ MachineStatus HwmonKeys::access() {
   return 0;  // everybody may read a hardware monitor
 }
 
-DriverAnswer HwmonKeys::answer(const ControllerRequest& request) {
-  switch (static_cast<Command>(request.command)) {
-    case Command::read:
-      return read(request);
-    case Command::write:
-      return write(request);
-    case Command::keyByIndex:
-      return keyByIndex(request.index);
-    case Command::keyInfo:
-      return keyInfo(request.key);
-  }
-  return refusal(kResultBadCommand);
-}
-
-DriverAnswer HwmonKeys::keyByIndex(std::uint32_t index) const {
+DriverAnswer HwmonKeys::keyByIndex(std::uint32_t index) {
   if (index >= keys_.size()) {
     return refusal(kResultIndexOutOfRange);
   }
@@ -189,7 +175,7 @@ DriverAnswer HwmonKeys::keyByIndex(std::uint32_t index) const {
   return answer;
 }
 
-DriverAnswer HwmonKeys::keyInfo(const FourBytes& code) const {
+DriverAnswer HwmonKeys::keyInfo(const FourBytes& code) {
   const Key* key = find(code);
   if (key == nullptr) {
     return refusal(kResultKeyNotFound);

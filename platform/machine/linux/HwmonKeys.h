@@ -24,7 +24,6 @@ class HwmonKeys : public DriverKeys {
 
   [[nodiscard]] bool isPresent() override;
   [[nodiscard]] MachineStatus access() override;
-  [[nodiscard]] DriverAnswer answer(const ControllerRequest& request) override;
 
  private:
   struct Key {
@@ -43,11 +42,11 @@ class HwmonKeys : public DriverKeys {
   void addFan(const FanKeyName& name, std::uint32_t number);
   void addFile(const FourBytes& code, const std::string& file, double unitsPerStep);
 
-  [[nodiscard]] DriverAnswer keyByIndex(std::uint32_t index) const;
-  [[nodiscard]] DriverAnswer keyInfo(const FourBytes& code) const;
-  [[nodiscard]] DriverAnswer read(const ControllerRequest& request);
+  [[nodiscard]] DriverAnswer keyByIndex(std::uint32_t index) override;
+  [[nodiscard]] DriverAnswer keyInfo(const FourBytes& code) override;
+  [[nodiscard]] DriverAnswer read(const ControllerRequest& request) override;
   [[nodiscard]] DriverAnswer readFile(const Key& key) const;
-  [[nodiscard]] DriverAnswer write(const ControllerRequest& request);
+  [[nodiscard]] DriverAnswer write(const ControllerRequest& request) override;
   [[nodiscard]] DriverAnswer writeMode(const FanKeyName& name, const Key& key, std::uint8_t mode);
   [[nodiscard]] DriverAnswer handBack(const FanKeyName& name, const Key& key);
   [[nodiscard]] bool hasNoTarget(const Key& key) const;
