@@ -113,12 +113,12 @@ TEST_F(FansUnderLinux, AreNotSaidToBeLeftForcedWhenTheCommandWasRefused) {
   EXPECT_THAT(run.err, HasSubstr("did not take the command"));
 }
 
-/// A controller that takes its time for every value, so that listing the keys takes seconds.
+/// A controller that takes its time for every value, so that listing the keys takes a second.
 class SlowFansUnderLinux : public FansUnderLinux {
  protected:
   SlowFansUnderLinux() {
     ScriptedDriver::layOut(folder_.path(), fanMachine(FanStyle::forceBits),
-                           {Names::older, 100ms, {}, false});
+                           {Names::older, 30ms, {}, false});
   }
   std::uint64_t valuesRead() { return ScriptedDriver(folder_.path()).valuesRead(); }
 
