@@ -11,8 +11,9 @@ namespace {
 constexpr std::size_t kMostWalked = 20;
 
 /// Names that differ mostly differ in their length or their first character.
-bool isName(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && (a.empty() || (a.front() == b.front() && a == b));
+std::uint16_t tagOf(std::string_view name) {
+  const unsigned first = name.empty() ? 0U : static_cast<unsigned char>(name.front());
+  return static_cast<std::uint16_t>((name.size() << 8U) | first);
 }
 
 }  // namespace
@@ -36,14 +37,12 @@ Value Dictionary::get(std::string_view name) const {
   return place < entries_.size() ? entries_[place].second : Value();
 }
 
-void Dictionary::copyEach(std::span<const std::string_view> names, std::span<Value> values) const {
-  const MutexLock lock(mutex_);
-  fillNow();
+void Dictionary::pointToEach(std::span<const std::string_view> names,
+                             std::span<const Value*> values) const {
+  static const Value nothing;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const std::size_t place = find(names[i]);
-    if (place < entries_.size()) {
-      values[i] = entries_[place].second;
-    }
+    values[i] = place < entries_.size() ? &entries_[place].second : &nothing;
   }
 }
 
@@ -102,13 +101,15 @@ std::size_t Dictionary::find(std::string_view name) const {
     const auto found = places_.find(name);
     return found != places_.end() ? found->second : entries_.size();
   }
-  const auto found = std::find_if(entries_.begin(), entries_.end(), [name](const Entry& entry) {
-    return isName(entry.first.view(), name);
-  });
-  return static_cast<std::size_t>(std::distance(entries_.begin(), found));
+  const std::uint16_t tag = tagOf(name);
+  std::size_t place = 0;
+  while (place < tags_.size() && (tags_[place] != tag || entries_[place].first.view() != name)) {
+    ++place;
+  }
+  return place;
 }
 
-void Dictionary::store(std::string_view name, Value value) const {
+void Dictionary::store(std::string_view name, Value&& value) const {
   const std::size_t place = find(name);
   if (value.isNothing()) {
     erase(place);
@@ -116,13 +117,16 @@ void Dictionary::store(std::string_view name, Value value) const {
     entries_[place].second = std::move(value);
   } else {
     entries_.emplace_back(Text(name), std::move(value));
+    tags_.push_back(tagOf(name));
     indexFrom(place);
   }
 }
 
 void Dictionary::erase(std::size_t place) const {
   if (place < entries_.size()) {
-    entries_.erase(std::next(entries_.begin(), static_cast<std::ptrdiff_t>(place)));
+    const auto offset = static_cast<std::ptrdiff_t>(place);
+    entries_.erase(std::next(entries_.begin(), offset));
+    tags_.erase(std::next(tags_.begin(), offset));
     places_.clear();
     indexFrom(0);
   }

@@ -120,24 +120,22 @@ double decimalOf(std::string_view text, const DecimalParts& parts) {
   return parts.negative ? -magnitude : magnitude;
 }
 
-// "-0.00" keeps its sign, as printf does.
+// Written from the last digit on. "-0.00" keeps its sign, as printf does.
 std::string placePoint(std::uint64_t scaled, int digits, bool negative) {
-  std::array<char, 24> buffer{};
-  const auto* end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), scaled).ptr;
-  std::string_view all(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
-  const auto fraction = static_cast<std::size_t>(digits);
-  std::string text(negative ? "-" : "");
-  if (all.size() > fraction) {
-    text.append(all.substr(0, all.size() - fraction));
-    all.remove_prefix(all.size() - fraction);
-  } else {
-    text.push_back('0');
+  std::array<char, 24> buffer{};  // 20 digits of 64 bits, a point and a sign
+  char* begin = buffer.data() + buffer.size();
+  char* const end = begin;
+  for (int place = 0; scaled != 0 || place <= digits; ++place) {
+    if (place == digits && place > 0) {
+      *--begin = '.';
+    }
+    *--begin = static_cast<char>('0' + scaled % 10);
+    scaled /= 10;
   }
-  if (fraction > 0) {
-    text.push_back('.');
-    text.append(fraction - all.size(), '0').append(all);
+  if (negative) {
+    *--begin = '-';
   }
-  return text;
+  return {begin, end};
 }
 
 std::string slowFixed(double value, int digits) {

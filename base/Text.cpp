@@ -1,5 +1,6 @@
 #include "base/Text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -13,6 +14,10 @@ struct Decoded {
 };
 
 constexpr Decoded kInvalid{0, 0};
+
+bool isOneByte(char character) {
+  return static_cast<unsigned char>(character) < 0x80;
+}
 
 // How many bytes a sequence takes, from its first byte; 0 for a byte that cannot begin one.
 std::size_t sequenceLength(unsigned char first) {
@@ -70,6 +75,14 @@ std::optional<std::u16string> utf16(std::string_view utf8) {
     utf8.remove_prefix(decoded.length);
   }
   return units;
+}
+
+std::optional<char16_t> utf16Unit(std::string_view utf8, std::size_t place) {
+  if (std::all_of(utf8.begin(), utf8.end(), isOneByte)) {
+    return place < utf8.size() ? std::optional<char16_t>(utf8[place]) : std::nullopt;
+  }
+  const auto units = utf16(utf8);
+  return units && place < units->size() ? std::optional((*units)[place]) : std::nullopt;
 }
 
 std::string_view leadingUtf8(std::string_view bytes) {

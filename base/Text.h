@@ -31,6 +31,10 @@ class HALVARIN_EXPORT Text {
 /// are not valid UTF-8.
 [[nodiscard]] HALVARIN_EXPORT std::optional<std::u16string> utf16(std::string_view utf8);
 
+/// One of these units. Absent beyond the last and when the bytes are not valid UTF-8.
+[[nodiscard]] HALVARIN_EXPORT std::optional<char16_t> utf16Unit(std::string_view utf8,
+                                                                std::size_t place);
+
 /// The UTF-8 that the bytes begin with: all of them, or those before the first that is none.
 [[nodiscard]] HALVARIN_EXPORT std::string_view leadingUtf8(std::string_view bytes);
 

@@ -69,6 +69,11 @@ std::string_view Value::textView() const {
   return text != nullptr ? text->view() : std::string_view{};
 }
 
+std::span<const std::uint8_t> Value::bytesView() const {
+  const auto* data = std::get_if<Data>(&held_);
+  return data != nullptr ? data->bytes() : std::span<const std::uint8_t>{};
+}
+
 std::int64_t Value::longLongValue() const {
   if (const auto* number = std::get_if<std::int64_t>(&held_)) {
     return *number;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -57,6 +58,8 @@ class HALVARIN_EXPORT Value {
 
   /// The held text without sharing it: valid while this value lives and is not assigned to.
   [[nodiscard]] std::string_view textView() const;
+  /// The held bytes, likewise.
+  [[nodiscard]] std::span<const std::uint8_t> bytesView() const;
 
   [[nodiscard]] std::int32_t intValue() const;
   /// A text below 0 gives 0.

@@ -31,10 +31,9 @@ constexpr std::array<TypeRow, 12> kTypes{{{"flt ", 4},
 void decodeType(benchmark::State& state) {
   const auto [type, size] = kTypes[static_cast<std::size_t>(state.range(0))];
   std::array<std::uint8_t, 32> bytes{0x33, 0x80, 0x48, 0x42, 0x01, 0x02, 0x03, 0x04};
-  const Data data(bytes);
   for (auto _ : state) {
     const std::int64_t value = smcIntegerReading(type, size, bytes);
-    benchmark::DoNotOptimize(decodeReading({type, size, value, data}));
+    benchmark::DoNotOptimize(decodeReading({type, size, value, bytes}));
   }
   state.SetLabel(std::string(type) + " of " + std::to_string(size));
 }

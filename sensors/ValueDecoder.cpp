@@ -33,13 +33,12 @@ std::string decodeFloat(const RawReading& reading) {
 }
 
 char fractionDigit(std::string_view dataType) {
-  constexpr std::size_t kPlace = 3;
-  const auto characters = utf16(dataType);
-  if (!characters || characters->size() <= kPlace) {
+  const auto character = utf16Unit(dataType, 3);
+  if (!character) {
     throw Exception(Exception::kRange,
                     "the data type \"" + std::string(dataType) + "\" has no fourth character");
   }
-  return static_cast<char>((*characters)[kPlace]);
+  return static_cast<char>(*character);
 }
 
 float fixedPointDivisor(std::string_view dataType) {
@@ -73,7 +72,7 @@ std::string decodeUnsigned(const RawReading& reading) {
 /// The first `wanted` delivered bytes; what lies beyond them reads as zero.
 Scratch scratchOf(const RawReading& reading, std::size_t wanted) {
   Scratch scratch{};
-  const auto bytes = reading.dataBytes.bytes();
+  const auto bytes = reading.dataBytes;
   std::copy_n(bytes.begin(), std::min({bytes.size(), wanted, scratch.size()}), scratch.begin());
   return scratch;
 }

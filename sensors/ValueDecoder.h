@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
-#include "base/Data.h"
 #include "base/Export.h"
 
 // Key readings to display text, by the controller's data type.
@@ -16,12 +16,12 @@ namespace halvarin {
 /// bits past fifteen.
 [[nodiscard]] HALVARIN_EXPORT int valueHex(signed char character);
 
-/// A reading as a key record holds it.
+/// A reading as a key record holds it; text and bytes are the caller's.
 struct RawReading {
-  std::string_view dataType;  // "" when the record has none
-  std::int64_t dataSize = 0;  // bytes
-  std::int64_t value = 0;     // the integer reading
-  Data dataBytes;             // the bytes of the reply
+  std::string_view dataType;                // "" when the record has none
+  std::int64_t dataSize = 0;                // bytes
+  std::int64_t value = 0;                   // the integer reading
+  std::span<const std::uint8_t> dataBytes;  // the bytes of the reply
 };
 
 /// The display text of a successful reading; "" for a type or a size that has none. Throws

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <string>
 #include <vector>
 
 #include "base/Array.h"
@@ -24,6 +26,29 @@ namespace {
 constexpr const char* kServiceClass = "AppleSMC";
 constexpr std::string_view kForceBitsKey = "FS! ";
 constexpr std::string_view kFanCountKey = "FNum";
+
+/// What a key's record says about reading the key.
+struct ReadRequest {
+  SMCCallRecord call;
+  std::string dataType;
+  std::int64_t dataSize = 0;
+};
+
+ReadRequest readRequestOf(const Dictionary& record) {
+  return record.lookAtEach(
+      std::array{record::kKey32, record::kType32, record::kDataType, record::kDataSize},
+      [](const auto& found) {
+        const auto& [key32, type32, dataType, dataSize] = found;
+        ReadRequest request;
+        request.call.key = key32->unsignedIntValue();
+        request.call.keyInfo.dataType = type32->unsignedIntValue();
+        request.call.keyInfo.dataSize = dataSize->unsignedIntValue();
+        request.call.command = kSMCCmdReadBytes;
+        request.dataType = dataType->textView();
+        request.dataSize = dataSize->longLongValue();
+        return request;
+      });
+}
 
 /// Fills in a write's value bytes: two or four of them, or the lowest alone.
 void encodeValue(std::uint32_t data, std::uint32_t size, SMCCallRecord& request) {
@@ -119,23 +144,16 @@ DictionaryRef QXSMCInterface::SMCReadKey(std::string_view key) {
   if (!record) {
     return nullptr;
   }
-  const auto [key32, type32, dataType, dataSize] = record->getEach(
-      std::array{record::kKey32, record::kType32, record::kDataType, record::kDataSize});
-  SMCCallRecord request;
+  ReadRequest request = readRequestOf(*record);
   SMCCallRecord reply;
-  request.key = key32.unsignedIntValue();
-  request.keyInfo.dataType = type32.unsignedIntValue();
-  request.keyInfo.dataSize = dataSize.unsignedIntValue();
-  request.command = kSMCCmdReadBytes;
-  const std::int32_t status = callSMC(request, reply);
+  const std::int32_t status = callSMC(request.call, reply);
   if (status != 0) {
     record->set(record::kError, status);
     return record;
   }
   record->setEach(std::array<Dictionary::Update, 3>{{
       {record::kDataBytes, Data(reply.bytes)},
-      {record::kValue,
-       smcIntegerReading(dataType.textView(), dataSize.longLongValue(), reply.bytes)},
+      {record::kValue, smcIntegerReading(request.dataType, request.dataSize, reply.bytes)},
       {record::kError, status},
   }});
   return record;

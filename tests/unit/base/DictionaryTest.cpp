@@ -206,6 +206,30 @@ TEST(Dictionary, GetsSeveralValuesInTheOrderAskedFor) {
   }
 }
 
+TEST(Dictionary, ShowsSeveralValuesWithoutCopyingThem) {
+  for (const int count : {3, 40}) {
+    SCOPED_TRACE(std::to_string(count) + " entries");
+    Dictionary dictionary(numberedEntries(count));
+    dictionary.set("name1", "text");
+    const Value* at = nullptr;
+    const bool isRight =
+        dictionary.lookAtEach<3>({"name2", "missing", "name1"}, [&](const auto& found) {
+          at = found[2];
+          return *found[0] == Value(2) && found[1]->isNothing() && found[2]->textView() == "text";
+        });
+    EXPECT_TRUE(isRight);
+    EXPECT_EQ(at, dictionary.lookAtEach<1>({"name1"}, [](const auto& found) { return found[0]; }));
+  }
+}
+
+TEST(Dictionary, MayBeUsedAgainAfterALookThatThrew) {
+  const Dictionary dictionary(numberedEntries(1));
+  EXPECT_THROW(static_cast<void>(dictionary.lookAtEach<1>(
+                   {"name0"}, [](const auto&) -> int { throw std::runtime_error("seen enough"); })),
+               std::runtime_error);
+  EXPECT_EQ(dictionary.get("name0"), Value(0));
+}
+
 TEST(Dictionary, SetsSeveralValuesInTheirOrder) {
   const Value nothing;
   for (const int count : {2, 40}) {
@@ -316,6 +340,10 @@ TEST(Dictionary, EveryFirstUseMakesTheDeferredEntries) {
       {"get", [](Dictionary& d) { static_cast<void>(d.get("x")); }},
       {"has", [](Dictionary& d) { static_cast<void>(d.has("x")); }},
       {"getEach", [](Dictionary& d) { static_cast<void>(d.getEach<1>({"x"})); }},
+      {"lookAtEach",
+       [](Dictionary& d) {
+         static_cast<void>(d.lookAtEach<1>({"x"}, [](const auto& found) { return found[0]; }));
+       }},
       {"count", [](Dictionary& d) { static_cast<void>(d.count()); }},
       {"entries", [](Dictionary& d) { static_cast<void>(d.entries()); }},
       {"set", [](Dictionary& d) { d.set("name1", 1); }},

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -67,6 +68,10 @@ TEST(Text, GivesTheUtf16UnitsOfUtf8) {
     const auto units = utf16(row.utf8);
     ASSERT_TRUE(units.has_value());
     EXPECT_EQ(*units, row.units);
+    for (std::size_t i = 0; i < row.units.size(); ++i) {
+      EXPECT_EQ(utf16Unit(row.utf8, i), row.units[i]);
+    }
+    EXPECT_EQ(utf16Unit(row.utf8, row.units.size()), std::nullopt);
   }
 }
 
@@ -147,6 +152,7 @@ TEST(Text, HasNoUtf16UnitsWhenTheBytesAreNotUtf8) {
   for (const InvalidRow& row : kRows) {
     SCOPED_TRACE(row.name);
     EXPECT_EQ(utf16(row.bytes), std::nullopt);
+    EXPECT_EQ(utf16Unit(row.bytes, 0), std::nullopt);
   }
 }
 

@@ -89,6 +89,9 @@ TEST(Value, GivesTheHeldObject) {
   EXPECT_EQ(Value("text").text(), Text("text"));
   EXPECT_EQ(Value("text").textView(), "text");
   EXPECT_EQ(Value(bytes({1, 2})).data(), bytes({1, 2}));
+  const Value twoBytes(bytes({1, 2}));
+  EXPECT_EQ(twoBytes.bytesView().size(), 2U);
+  EXPECT_EQ(twoBytes.bytesView().back(), 2);
   EXPECT_EQ(Value(array).array(), array);
   EXPECT_EQ(Value(dictionary).dictionary(), dictionary);
 }
@@ -99,6 +102,7 @@ TEST(Value, GivesAnEmptyObjectWhenItHoldsAnotherKind) {
     EXPECT_TRUE(value.text().empty());
     EXPECT_TRUE(value.textView().empty());
     EXPECT_TRUE(value.data().empty());
+    EXPECT_TRUE(value.bytesView().empty());
     EXPECT_EQ(value.array(), nullptr);
     EXPECT_EQ(value.dictionary(), nullptr);
   }

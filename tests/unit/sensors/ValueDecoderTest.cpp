@@ -19,7 +19,7 @@ using Bytes = std::vector<std::uint8_t>;
 std::string decode(std::string_view type, std::int64_t size, Bytes bytes) {
   std::array<std::uint8_t, 32> delivered{};
   std::copy_n(bytes.begin(), std::min(bytes.size(), delivered.size()), delivered.begin());
-  return decodeReading({type, size, smcIntegerReading(type, size, delivered), Data(delivered)});
+  return decodeReading({type, size, smcIntegerReading(type, size, delivered), delivered});
 }
 
 struct Row {
@@ -64,8 +64,8 @@ TEST(ValueDecoder, FloatIsLittleEndian) {
 }
 
 TEST(ValueDecoder, FloatTakesTheLowWordOfTheReadingWhateverTheSize) {
-  EXPECT_EQ(decodeReading({"flt ", 2, 0x00004842, Data()}), decode("flt ", 4, {0, 0, 0x48, 0x42}));
-  EXPECT_EQ(decodeReading({"flt ", 8, std::int64_t{0x1100004842}, Data()}), "50.00");
+  EXPECT_EQ(decodeReading({"flt ", 2, 0x00004842, {}}), decode("flt ", 4, {0, 0, 0x48, 0x42}));
+  EXPECT_EQ(decodeReading({"flt ", 8, std::int64_t{0x1100004842}, {}}), "50.00");
 }
 
 TEST(ValueDecoder, SignedFixedPointTakesItsFractionBitsFromTheFourthCharacter) {
@@ -150,8 +150,8 @@ TEST(ValueDecoder, UnsignedIntegersShowTheIntegerReading) {
        {"ui8 ", 1, {0xFF}, "255"},
        {"ui16", 3, {1, 2, 3}, "0"},
        {"ui64", 8, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, "18446744073709551615"}});
-  EXPECT_EQ(decodeReading({"ui32", 4, std::int64_t{0x1FFFFFFFF}, Data()}), "4294967295");
-  EXPECT_EQ(decodeReading({"ui64", 8, std::numeric_limits<std::int64_t>::max(), Data()}),
+  EXPECT_EQ(decodeReading({"ui32", 4, std::int64_t{0x1FFFFFFFF}, {}}), "4294967295");
+  EXPECT_EQ(decodeReading({"ui64", 8, std::numeric_limits<std::int64_t>::max(), {}}),
             "9223372036854775807");
 }
 
@@ -223,9 +223,9 @@ TEST(ValueDecoder, PrefixIsEnough) {
 }
 
 TEST(ValueDecoder, MissingBytesReadAsZero) {
-  EXPECT_EQ(decodeReading({"si16", 2, 0, Data()}), "0");
-  EXPECT_EQ(decodeReading({"flag", 1, 0, Data()}), "0");
-  EXPECT_EQ(decodeReading({"hex_", 2, 0, Data()}), "0x0000");
+  EXPECT_EQ(decodeReading({"si16", 2, 0, {}}), "0");
+  EXPECT_EQ(decodeReading({"flag", 1, 0, {}}), "0");
+  EXPECT_EQ(decodeReading({"hex_", 2, 0, {}}), "0x0000");
 }
 
 struct DecimalComma : std::numpunct<char> {
