@@ -10,10 +10,15 @@ namespace {
 // A key record has about sixteen entries; comparing so few names beats hashing one.
 constexpr std::size_t kMostWalked = 20;
 
-/// Names that differ mostly differ in their length or their first character.
-std::uint16_t tagOf(std::string_view name) {
-  const unsigned first = name.empty() ? 0U : static_cast<unsigned char>(name.front());
-  return static_cast<std::uint16_t>((name.size() << 8U) | first);
+/// Names that differ mostly differ in their length or in a character at an end.
+char tagOf(std::string_view name) {
+  constexpr unsigned kSpread = 16;  // of a length among characters
+  unsigned tag = static_cast<unsigned>(name.size()) * kSpread;
+  if (!name.empty()) {
+    tag += static_cast<unsigned char>(name.front());
+    tag += static_cast<unsigned char>(name.back());
+  }
+  return static_cast<char>(tag);
 }
 
 }  // namespace
@@ -101,12 +106,12 @@ std::size_t Dictionary::find(std::string_view name) const {
     const auto found = places_.find(name);
     return found != places_.end() ? found->second : entries_.size();
   }
-  const std::uint16_t tag = tagOf(name);
-  std::size_t place = 0;
-  while (place < tags_.size() && (tags_[place] != tag || entries_[place].first.view() != name)) {
-    ++place;
+  const char tag = tagOf(name);
+  std::size_t place = tags_.find(tag);
+  while (place != std::string::npos && entries_[place].first.view() != name) {
+    place = tags_.find(tag, place + 1);
   }
-  return place;
+  return std::min(place, entries_.size());
 }
 
 void Dictionary::store(std::string_view name, Value&& value) const {
@@ -124,9 +129,8 @@ void Dictionary::store(std::string_view name, Value&& value) const {
 
 void Dictionary::erase(std::size_t place) const {
   if (place < entries_.size()) {
-    const auto offset = static_cast<std::ptrdiff_t>(place);
-    entries_.erase(std::next(entries_.begin(), offset));
-    tags_.erase(std::next(tags_.begin(), offset));
+    entries_.erase(std::next(entries_.begin(), static_cast<std::ptrdiff_t>(place)));
+    tags_.erase(place, 1);
     places_.clear();
     indexFrom(0);
   }

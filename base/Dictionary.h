@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <span>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -107,9 +107,9 @@ class HALVARIN_EXPORT Dictionary {
   mutable Mutex mutex_;
   mutable std::function<Entries()> fill_ HALVARIN_GUARDED_BY(mutex_);
   mutable Entries entries_ HALVARIN_GUARDED_BY(mutex_);
-  // What most names differ in, for each entry in turn: close together, so that a walk over a record
-  // reads one line of memory and touches no name but the one it looks for.
-  mutable std::vector<std::uint16_t> tags_ HALVARIN_GUARDED_BY(mutex_);
+  // What most names differ in, one byte for each entry in turn: a walk over a record searches these
+  // and touches hardly a name but the one that it looks for.
+  mutable std::string tags_ HALVARIN_GUARDED_BY(mutex_);
   // Name to place; used only once there are more entries than a walk finds quickly.
   mutable std::unordered_map<Text, std::size_t, NameHash, SameName> places_
       HALVARIN_GUARDED_BY(mutex_);
