@@ -9,7 +9,6 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <cmath>
 #include <fstream>
 #include <optional>
 #include <stdexcept>
@@ -18,8 +17,6 @@
 #include <variant>
 
 #include "base/NumberText.h"
-#include "platform/machine/fans/FanKeys.h"
-#include "platform/machine/linux/FanKeyName.h"
 
 namespace halvarin::test {
 
@@ -84,9 +81,7 @@ struct ScriptedDriver::State {
   std::atomic<std::uint64_t> cursorWrites;
   std::atomic<std::uint64_t> valuesRead;
   std::atomic<bool> isSilent;
-  std::array<std::atomic<bool>, 16> forced;
-  std::array<std::atomic<std::uint32_t>, 16> targets;   // RPM
-  std::array<std::atomic<std::uint32_t>, 16> minimums;  // RPM
+  ScriptedFans::State fans;
 };
 
 /// Like one on a disk: a notice of each write, given once the write is done.
@@ -148,10 +143,7 @@ void ScriptedDriver::layOut(const fs::path& folder, platform::RecordedMachine ma
   putFile(root / "sys/class/power_supply/ADP1/type", "Mains\n");
   putFile(root / "sys/class/power_supply/ADP1/online", isOnMains ? "1\n" : "0\n");
   const ScriptedDriver driver(folder);
-  for (const std::uint32_t fan : platform::simulatedFans(machine.keys)) {
-    driver.state_->targets[fan] = static_cast<std::uint32_t>(driver.speedOf(fan, "Tg"));
-    driver.state_->minimums[fan] = static_cast<std::uint32_t>(driver.speedOf(fan, "Mn"));
-  }
+  driver.fans_.begin(driver.state_->fans);
 }
 
 bool ScriptedDriver::isIn(const fs::path& folder) {
@@ -162,7 +154,8 @@ ScriptedDriver::ScriptedDriver(const fs::path& folder)
     : folder_(folder),
       machine_(machineIn(folder)),
       script_(scriptIn(folder)),
-      disk_((folder / "root").string()) {
+      disk_((folder / "root").string()),
+      fans_(machine_, script_, script_.names == DriverScript::Names::older ? kDevice : kMonitor) {
   const int file = opened(folder / "state", O_RDWR);
   void* memory = mmap(nullptr, sizeof(State), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
   close(file);
@@ -170,7 +163,6 @@ ScriptedDriver::ScriptedDriver(const fs::path& folder)
     throw std::system_error(errno, std::system_category(), "the driver's state");
   }
   state_ = static_cast<State*>(memory);
-  addFanFiles();
 }
 
 ScriptedDriver::~ScriptedDriver() {
@@ -204,13 +196,13 @@ void ScriptedDriver::setSilent(bool silent) {
 }
 
 void ScriptedDriver::setForced(std::uint32_t fan, bool forced) {
-  state_->forced[fan] = forced;
+  ScriptedFans::setForced(state_->fans, fan, forced);
 }
 
 FileContent ScriptedDriver::read(const std::string& path, std::size_t most) {
   FileContent content;
-  if (const FanFile* file = fanFileAt(path)) {
-    content = fanFile(*file);
+  if (const ScriptedFans::File* file = fans_.at(path)) {
+    content = fanFile(*file, most);
   } else if (const auto name = keyFileName(path)) {
     content = most == 0 ? FileContent() : keyFile(*name);
   } else {
@@ -228,16 +220,12 @@ int ScriptedDriver::write(const std::string& path, std::string_view text) {
   if (!number) {
     return EINVAL;
   }
-  const FanFile& file = *fanFileAt(path);
-  const auto value = static_cast<std::uint32_t>(*number);
-  if (file.what == "_manual") {
-    state_->forced[file.fan] = value != 0;
-  } else if (file.what == "_enable") {
-    state_->forced[file.fan] = value == 1;
-  } else if (value >= 0x4000) {
-    return EINVAL;
-  } else {
-    (file.what == "_min" ? state_->minimums : state_->targets)[file.fan] = value;
+  if (state_->isSilent) {
+    return EIO;  // the driver reads before it writes
+  }
+  const ScriptedFans::File& file = *fans_.at(path);
+  if (const int error = fans_.write(file, *number, state_->fans)) {
+    return error;
   }
   const std::string line = file.name + " " + std::string(text) + "\n";
   const int log = opened(folder_ / "writes", O_WRONLY | O_APPEND);
@@ -247,11 +235,11 @@ int ScriptedDriver::write(const std::string& path, std::string_view text) {
 }
 
 int ScriptedDriver::mayWrite(const std::string& path) {
-  const FanFile* file = fanFileAt(path);
+  const ScriptedFans::File* file = fans_.at(path);
   if (file == nullptr) {
     return disk_.read(path, 0).error == 0 ? EACCES : ENOENT;
   }
-  if (file->what == "_input" || file->what == "_max" || file->what == "_label") {
+  if (!file->isWritable()) {
     return EROFS;
   }
   return script_.denied.contains(file->name) ? EACCES : 0;
@@ -259,11 +247,8 @@ int ScriptedDriver::mayWrite(const std::string& path) {
 
 std::vector<std::string> ScriptedDriver::list(const std::string& path) {
   std::vector<std::string> names = disk_.list(path);
-  for (const auto& [file, facts] : fanFiles_) {
-    if (file == path + "/" + facts.name) {
-      names.push_back(facts.name);
-    }
-  }
+  const std::vector<std::string> ofFans = fans_.namesIn(path);
+  names.insert(names.end(), ofFans.begin(), ofFans.end());
   if (path == kDevice) {
     for (const char* ending : {"", "_data", "_data_length", "_name", "_type"}) {
       names.push_back(std::string("key_at_index") + ending);
@@ -286,35 +271,6 @@ std::unique_ptr<platform::CursorFile> ScriptedDriver::openCursor(const std::stri
     error = script_.denied.contains("key_at_index") ? EACCES : 0;
   }
   return error == 0 ? std::make_unique<Cursor>(*this) : nullptr;
-}
-
-void ScriptedDriver::addFanFile(std::uint32_t fan, const std::string& begin,
-                                const std::string& what) {
-  const bool isOlder = script_.names == DriverScript::Names::older;
-  const std::string name = begin + std::to_string(fan + 1) + what;
-  const std::string path = std::string(isOlder ? kDevice : kMonitor) + "/" + name;
-  fanFiles_[path] = {fan, what, name};
-}
-
-void ScriptedDriver::addFanFiles() {
-  for (const std::uint32_t fan : platform::simulatedFans(machine_.keys)) {
-    for (const char* what : {"_input", "_label", "_max", "_min"}) {
-      addFanFile(fan, "fan", what);
-    }
-    if (script_.names != DriverScript::Names::newer) {
-      addFanFile(fan, "fan", "_manual");
-      addFanFile(fan, "fan", "_output");
-    }
-    if (script_.names != DriverScript::Names::older) {
-      addFanFile(fan, "fan", "_target");
-      addFanFile(fan, "pwm", "_enable");
-    }
-  }
-}
-
-const ScriptedDriver::FanFile* ScriptedDriver::fanFileAt(const std::string& path) const {
-  const auto found = fanFiles_.find(path);
-  return found == fanFiles_.end() ? nullptr : &found->second;
 }
 
 FileContent ScriptedDriver::keyFile(std::string_view name) const {
@@ -342,57 +298,16 @@ FileContent ScriptedDriver::keyFile(std::string_view name) const {
   if (key.result != 0 || key.status != 0 || state_->isSilent) {
     return {EIO, {}};
   }
-  const std::vector<std::uint8_t> value = valueOf(key);
+  const std::vector<std::uint8_t> value = fans_.valueOf(key, state_->fans).value_or(key.bytes);
   return {0, std::string(value.begin(), value.end())};
 }
 
-FileContent ScriptedDriver::fanFile(const FanFile& file) const {
-  const bool isForced = state_->forced[file.fan];
-  if (file.what == "_manual") {
-    return {0, lineText(isForced ? 1 : 0)};
+/// Each of them shows what the controller says of a key at that moment.
+FileContent ScriptedDriver::fanFile(const ScriptedFans::File& file, std::size_t most) const {
+  if (most == 0) {
+    return {};
   }
-  if (file.what == "_enable") {
-    return {0, lineText(isForced ? 1 : 2)};
-  }
-  if (file.what == "_output" || file.what == "_target") {
-    return {0, lineText(state_->targets[file.fan])};
-  }
-  if (file.what == "_min") {
-    return {0, lineText(state_->minimums[file.fan])};
-  }
-  if (file.what == "_label") {
-    return {0, "Fan\n"};
-  }
-  return {0, lineText(std::lround(speedOf(file.fan, file.what == "_max" ? "Mx" : "Ac")))};
-}
-
-std::vector<std::uint8_t> ScriptedDriver::valueOf(const RecordedKey& key) const {
-  if (key.code == platform::fourBytes("FS! ")) {
-    unsigned bits = 0;
-    for (unsigned fan = 0; fan < 16; ++fan) {
-      bits |= state_->forced[fan] ? 1U << fan : 0U;
-    }
-    return {static_cast<std::uint8_t>(bits >> 8U), static_cast<std::uint8_t>(bits)};
-  }
-  const auto name = platform::fanKeyName(key.code);
-  if (!name) {
-    return key.bytes;
-  }
-  const bool isForced = state_->forced[name->fan];
-  if (name->isOf("Md")) {
-    return {static_cast<std::uint8_t>(isForced)};
-  }
-  if (name->isOf("Tg") || (name->isOf("Ac") && isForced)) {
-    return platform::speedBytes(key, state_->targets[name->fan]);
-  }
-  return name->isOf("Mn") ? platform::speedBytes(key, state_->minimums[name->fan]) : key.bytes;
-}
-
-double ScriptedDriver::speedOf(std::uint32_t fan, std::string_view what) const {
-  const auto code = platform::fanKey(fan, what);
-  const auto found = std::find_if(machine_.keys.begin(), machine_.keys.end(),
-                                  [&](const RecordedKey& key) { return key.code == code; });
-  return found == machine_.keys.end() ? 0 : platform::heldSpeed(*found).value_or(0);
+  return state_->isSilent ? FileContent{EIO, {}} : FileContent{0, fans_.textIn(file, state_->fans)};
 }
 
 }  // namespace halvarin::test

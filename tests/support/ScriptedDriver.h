@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,6 +11,7 @@
 #include "platform/machine/linux/DiskTree.h"
 #include "platform/machine/linux/FileTree.h"
 #include "tests/support/DriverScript.h"
+#include "tests/support/ScriptedFans.h"
 
 namespace halvarin::test {
 
@@ -40,7 +40,7 @@ class ScriptedDriver : public platform::FileTree {
   /// Moves the cursor as a program does that knows nothing of locks.
   void moveCursor(std::uint32_t index);
   [[nodiscard]] std::uint32_t cursor() const;
-  /// From now on no key gives a value; or all of them again.
+  /// From now on no key gives a value and no fan's file works; or all of them again.
   void setSilent(bool silent);
   /// What the controller itself does to a fan.
   void setForced(std::uint32_t fan, bool forced);
@@ -57,26 +57,17 @@ class ScriptedDriver : public platform::FileTree {
  private:
   struct State;
   class Cursor;
-  struct FanFile {
-    std::uint32_t fan = 0;
-    std::string what;  // "_manual"
-    std::string name;  // "fan1_manual"
-  };
 
-  void addFanFile(std::uint32_t fan, const std::string& begin, const std::string& what);
-  void addFanFiles();
-  [[nodiscard]] const FanFile* fanFileAt(const std::string& path) const;
   [[nodiscard]] platform::FileContent keyFile(std::string_view name) const;
-  [[nodiscard]] platform::FileContent fanFile(const FanFile& file) const;
-  [[nodiscard]] std::vector<std::uint8_t> valueOf(const platform::RecordedKey& key) const;
-  [[nodiscard]] double speedOf(std::uint32_t fan, std::string_view what) const;
+  [[nodiscard]] platform::FileContent fanFile(const ScriptedFans::File& file,
+                                              std::size_t most) const;
 
   const std::filesystem::path folder_;
   platform::RecordedMachine machine_;
   DriverScript script_;
   platform::DiskTree disk_;
+  const ScriptedFans fans_;
   State* state_;
-  std::map<std::string, FanFile> fanFiles_;  // by path
 };
 
 }  // namespace halvarin::test

@@ -125,6 +125,16 @@ TEST_F(SmcFans, AreHandedBackWhenTheirBitsCouldNotBeReadSinceTheyWereForced) {
   bench_.driver()->setForced(1, true);
   bench_.driver()->setSilent(true);
   EXPECT_NE(readOf(*keys_, "FS! ", 2).status, 0);
+  bench_.driver()->setSilent(false);
+  EXPECT_EQ(write("FS! ", {0, 0}), 0);
+  EXPECT_THAT(writes(), ElementsAre("fan1_manual 1", "fan1_manual 0"));
+}
+
+TEST_F(SmcFans, AreNotSaidToBeHandedBackByASilentController) {
+  ASSERT_EQ(write("FS! ", {0, 1}), 0);
+  bench_.driver()->setSilent(true);
+  EXPECT_EQ(writeOf(*keys_, "FS! ", {0, 0}).status, platform::kStatusTransferFailed);
+  bench_.driver()->setSilent(false);
   EXPECT_EQ(write("FS! ", {0, 0}), 0);
   EXPECT_THAT(writes(), ElementsAre("fan1_manual 1", "fan1_manual 0"));
 }
