@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/machine/fans/FanKeys.h"
+#include "platform/machine/linux/FanFileKeys.h"
 
 namespace halvarin::platform {
 
@@ -129,8 +130,8 @@ DriverAnswer AppleSmcKeys::readCount(std::uint32_t sizeBytes) {
 DriverAnswer AppleSmcKeys::readEntry(const KeyDirectory::Entry& entry) {
   std::string bytes;
   int error = cursor_.readValue(entry.index, entry.facts.code, bytes);
-  if (error == EBUSY) {
-    error = readFromFanFiles(entry.facts, bytes);
+  if ((error == EBUSY || error == EIO) && readFanKey(fans_, entry.facts, bytes) == 0) {
+    error = 0;  // those files need no cursor: whoever keeps it moving hides no fan by that
   }
   if (error == EIO) {
     return afterNoValue(entry);
@@ -147,25 +148,6 @@ DriverAnswer AppleSmcKeys::readEntry(const KeyDirectory::Entry& entry) {
   DriverAnswer answer;
   std::copy(bytes.begin(), bytes.end(), answer.reply.bytes.begin());
   return answer;
-}
-
-/// Who commands the fans is shown by files that need no cursor: whoever keeps it moving keeps no
-/// fan forced by that. EBUSY for all other keys.
-int AppleSmcKeys::readFromFanFiles(const KeyFacts& facts, std::string& bytes) const {
-  const auto name = fanKeyName(facts.code);
-  std::uint32_t bits = 0;
-  bool forced = false;
-  if (facts.code == kForceBitsKey && facts.sizeBytes == kForceBitsBytes &&
-      fans_.readForceBits(bits) == 0) {
-    bytes = {static_cast<char>(bits >> 8U), static_cast<char>(bits)};
-    return 0;
-  }
-  if (name && name->isOf("Md") && facts.sizeBytes == 1 &&
-      fans_.readForced(name->fan, forced) == 0) {
-    bytes.assign(1, forced ? '\1' : '\0');
-    return 0;
-  }
-  return EBUSY;
 }
 
 /// A key that has never given a value, while another does, is one that the controller does not let

@@ -34,7 +34,6 @@ class AppleSmcKeys : public DriverKeys {
   [[nodiscard]] DriverAnswer read(const ControllerRequest& request) override;
   [[nodiscard]] DriverAnswer readCount(std::uint32_t sizeBytes);
   [[nodiscard]] DriverAnswer readEntry(const KeyDirectory::Entry& entry);
-  [[nodiscard]] int readFromFanFiles(const KeyFacts& facts, std::string& bytes) const;
   [[nodiscard]] DriverAnswer afterNoValue(const KeyDirectory::Entry& entry);
   [[nodiscard]] DriverAnswer write(const ControllerRequest& request) override;
   [[nodiscard]] DriverAnswer writeFan(const FanKeyName& name, const KeyFacts& facts,

@@ -1,9 +1,12 @@
 #include "platform/machine/linux/FanFiles.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <set>
 #include <vector>
 
+#include "base/NumberText.h"
 #include "platform/machine/linux/AttributeName.h"
 
 namespace halvarin::platform {
@@ -11,7 +14,7 @@ namespace halvarin::platform {
 namespace {
 
 constexpr std::uint32_t kMostForceBits = 16;
-constexpr double kFirstSpeedTooHigh = 16384;  // the controller's fans count in 14 bits
+constexpr std::uint32_t kFirstSpeedTooHigh = 16384;  // the controller's fans count in 14 bits
 
 bool isOlder(std::string_view name) {
   return attributeNumber(name, "fan", "_output").has_value() ||
@@ -45,14 +48,7 @@ FanFiles::FanFiles(std::shared_ptr<FileTree> files, SmcDriver driver)
     : files_(std::move(files)), driver_(std::move(driver)) {}
 
 int FanFiles::setTarget(std::uint32_t fan, double rpm) {
-  switch (family()) {
-    case Family::older:
-      return setSpeed(fanFile(fan, "_output"), rpm);
-    case Family::newer:
-      return setSpeed(fanFile(fan, "_target"), rpm);
-    default:
-      return ENOTSUP;
-  }
+  return setSpeed(targetFile(fan), rpm);
 }
 
 int FanFiles::setMinimum(std::uint32_t fan, double rpm) {
@@ -87,6 +83,36 @@ int FanFiles::readForceBits(std::uint32_t& bits) const {
     bits |= forced ? 1U << fan : 0U;
   }
   return found;
+}
+
+int FanFiles::readSpeed(std::uint32_t fan, Speed which, std::uint32_t& rpm) const {
+  const std::string path = speedFile(fan, which);
+  if (path.empty()) {
+    return ENOTSUP;
+  }
+  const auto line = lineOf(*files_, path);
+  const auto shown = line ? wholeNumber(*line) : std::nullopt;
+  if (!shown || *shown >= kFirstSpeedTooHigh) {
+    return EIO;
+  }
+  rpm = static_cast<std::uint32_t>(*shown);
+  return 0;
+}
+
+int FanFiles::countFans(std::uint32_t& fans) const {
+  std::set<std::uint32_t> numbers;
+  const std::vector<std::string> listed = names();
+  for (const std::string& name : listed) {
+    if (const auto number = attributeNumber(name, "fan", "_input")) {
+      numbers.insert(*number);
+    }
+  }
+  // They count from 1: without a gap the last is as high as there are many.
+  if (numbers.empty() || *numbers.begin() != 1 || *numbers.rbegin() != numbers.size()) {
+    return ENOTSUP;
+  }
+  fans = *numbers.rbegin();
+  return 0;
 }
 
 int FanFiles::setForceBits(std::uint32_t bits, std::optional<std::uint32_t> before) {
@@ -143,17 +169,21 @@ int FanFiles::keep(const Changes& changes) const {
   return first;
 }
 
-FanFiles::Family FanFiles::family() const {
-  bool older = false;
-  bool newer = false;
+/// Of the files in both of the driver's folders.
+std::vector<std::string> FanFiles::names() const {
+  std::vector<std::string> names;
   for (const std::string& folder : {driver_.hwmonFolder, driver_.deviceFolder}) {
-    const std::vector<std::string> names =
+    const std::vector<std::string> listed =
         folder.empty() ? std::vector<std::string>() : files_->list(folder);
-    for (const std::string& name : names) {
-      older = older || isOlder(name);
-      newer = newer || isNewer(name);
-    }
+    names.insert(names.end(), listed.begin(), listed.end());
   }
+  return names;
+}
+
+FanFiles::Family FanFiles::family() const {
+  const std::vector<std::string> listed = names();
+  const bool older = std::any_of(listed.begin(), listed.end(), isOlder);
+  const bool newer = std::any_of(listed.begin(), listed.end(), isNewer);
   if (older && newer) {
     return Family::both;
   }
@@ -173,6 +203,31 @@ FanFiles::ModeFile FanFiles::modeFile(Family family, std::uint32_t fan) const {
 
 std::string FanFiles::fanFile(std::uint32_t fan, std::string_view ending) const {
   return driverFile(*files_, driver_, "fan" + std::to_string(fan + 1) + std::string(ending));
+}
+
+std::string FanFiles::targetFile(std::uint32_t fan) const {
+  switch (family()) {
+    case Family::older:
+      return fanFile(fan, "_output");
+    case Family::newer:
+      return fanFile(fan, "_target");
+    default:
+      return "";
+  }
+}
+
+std::string FanFiles::speedFile(std::uint32_t fan, Speed which) const {
+  switch (which) {
+    case Speed::actual:
+      return fanFile(fan, "_input");
+    case Speed::target:
+      return targetFile(fan);
+    case Speed::least:
+      return fanFile(fan, "_min");
+    case Speed::most:
+      break;
+  }
+  return fanFile(fan, "_max");
 }
 
 int FanFiles::setSpeed(const std::string& path, double rpm) const {

@@ -15,11 +15,10 @@ namespace halvarin::platform {
 /// The files by which the driver lets fans be commanded: the only ones of it, beside the cursor,
 /// that are ever written. Fans count from 0, their files from 1. Every write is read back. Results
 /// are the system's errors:
-///   0        written, and the fan's file shows it
+///   0        written, and the fan's file shows it; or read
 ///   EINVAL   the driver, or already this class, takes no such value
-///   ENOTSUP  not written: there is no such file, or it is not certain what writing it would do
-///   EROFS    nobody may write the file
-///   EREMOTEIO  written, but the file shows something else
+///   ENOTSUP  there is no such file, or it is not certain what it shows and what writing it would
+///   do EROFS    nobody may write the file EREMOTEIO  written, but the file shows something else
 class FanFiles {
  public:
   FanFiles(std::shared_ptr<FileTree> files, SmcDriver driver);
@@ -34,6 +33,13 @@ class FanFiles {
   /// What the files show of one fan, or of all as force bits; ENOTSUP and EIO when they do not.
   [[nodiscard]] int readForced(std::uint32_t fan, bool& forced) const;
   [[nodiscard]] int readForceBits(std::uint32_t& bits) const;
+
+  /// A speed in whole RPM, as a fan's file shows it.
+  enum class Speed { actual, target, least, most };
+  [[nodiscard]] int readSpeed(std::uint32_t fan, Speed which, std::uint32_t& rpm) const;
+
+  /// How many fans have a file of their speed; ENOTSUP when none, or not all from the first on.
+  [[nodiscard]] int countFans(std::uint32_t& fans) const;
 
   /// Forces and hands back the fans whose bits are others than `before`, which is what the writer
   /// has read: the rest is somebody else's by now, or never was the writer's. Absent: whose bits
@@ -63,7 +69,10 @@ class FanFiles {
     bool isMissing = false;  // a fan that would have to be written to has no file
   };
 
+  [[nodiscard]] std::vector<std::string> names() const;
   [[nodiscard]] Family family() const;
+  [[nodiscard]] std::string targetFile(std::uint32_t fan) const;
+  [[nodiscard]] std::string speedFile(std::uint32_t fan, Speed which) const;
   [[nodiscard]] ModeFile modeFile(Family family, std::uint32_t fan) const;
   [[nodiscard]] std::string fanFile(std::uint32_t fan, std::string_view ending) const;
   [[nodiscard]] int readMode(const ModeFile& file, bool& forced) const;

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cerrno>
 #include <memory>
 #include <string>
 #include <utility>
@@ -66,6 +68,17 @@ class StubbornDriver : public OtherDriver {
   }
 };
 
+/// Its controller does not give values by the cursor, once it is hoarse, but by the fans' files.
+class HoarseDriver : public OtherDriver {
+ public:
+  using OtherDriver::OtherDriver;
+  [[nodiscard]] platform::FileContent read(const std::string& path, std::size_t most) override {
+    const bool isValue = path == std::string(ScriptedDriver::kDevice) + "/key_at_index_data";
+    return isHoarse && isValue ? platform::FileContent{EIO, {}} : OtherDriver::read(path, most);
+  }
+  bool isHoarse = true;
+};
+
 /// Its cursor is elsewhere after every value, once it is restless.
 class RestlessDriver : public OtherDriver {
  public:
@@ -80,6 +93,8 @@ class RestlessDriver : public OtherDriver {
   bool isRestless = false;
 };
 
+constexpr std::array<std::pair<const char*, std::uint32_t>, 7> kFanKeys{
+    {{"F0Ac", 2}, {"F0Mn", 2}, {"F0Mx", 2}, {"F0Tg", 2}, {"F1Ac", 2}, {"FNum", 1}, {"FS! ", 2}}};
 constexpr auto kTransferFailed = static_cast<platform::MachineStatus>(0xE00002CA);
 
 class SmcFans : public testing::Test {
@@ -144,12 +159,48 @@ TEST_F(SmcFans, AreHandedBackBesideARivalWhoNeverLetsTheCursorRest) {
   const auto restless = std::make_shared<RestlessDriver>(bench_.driver());
   platform::AppleSmcKeys keys(restless, bench_.found(), std::make_shared<platform::ScaledClock>(0));
   ASSERT_EQ(infoOf(keys, "FS! ").status, 0);
-  ASSERT_EQ(infoOf(keys, "FNum").status, 0);
+  ASSERT_EQ(infoOf(keys, "TC0P").status, 0);
   restless->isRestless = true;
-  EXPECT_EQ(readOf(keys, "FNum", 1).status, platform::kStatusBusy);
+  EXPECT_EQ(readOf(keys, "TC0P", 2).status, platform::kStatusBusy);
   EXPECT_EQ(bytesOf(readOf(keys, "FS! ", 2), 2), (Bytes{0, 2}));
   EXPECT_EQ(writeOf(keys, "FS! ", {0, 0}).status, 0);
   EXPECT_THAT(writes(), ElementsAre("fan2_manual 0"));
+}
+
+TEST_F(SmcFans, AreReadBesideARivalWhoNeverLetsTheCursorRest) {
+  bench_.driver()->setForced(0, true);
+  const auto restless = std::make_shared<RestlessDriver>(bench_.driver());
+  platform::AppleSmcKeys keys(restless, bench_.found(), std::make_shared<platform::ScaledClock>(0));
+  for (const auto& [code, size] : kFanKeys) {
+    const Bytes alone = bytesOf(readOf(keys, code, size), size);
+    restless->isRestless = true;
+    const platform::DriverAnswer answer = readOf(keys, code, size);
+    restless->isRestless = false;
+    EXPECT_EQ(answer.status, 0) << code;
+    EXPECT_EQ(bytesOf(answer, size), alone) << code;
+  }
+}
+
+TEST_F(SmcFans, AreReadWhereTheControllerGivesTheirFilesAndNotTheirKeys) {
+  bench_.driver()->setForced(1, true);
+  const auto hoarse = std::make_shared<HoarseDriver>(bench_.driver());
+  platform::AppleSmcKeys keys(hoarse, bench_.found(), std::make_shared<platform::ScaledClock>(0));
+  EXPECT_EQ(bytesOf(readOf(keys, "FS! ", 2), 2), (Bytes{0, 2}));
+  EXPECT_EQ(bytesOf(readOf(keys, "F0Ac", 2), 2), (Bytes{0x1F, 0x40}));
+  EXPECT_EQ(readOf(keys, "TC0P", 2).status, kTransferFailed);
+}
+
+TEST_F(SmcFans, AreNotTakenForRefusedByAFailureThatTheirFilesDoNotShare) {
+  const auto hoarse = std::make_shared<HoarseDriver>(bench_.driver());
+  platform::AppleSmcKeys keys(hoarse, bench_.found(), std::make_shared<platform::ScaledClock>(0));
+  hoarse->isHoarse = false;
+  ASSERT_EQ(readOf(keys, "TC0P", 2).status, 0);
+  hoarse->isHoarse = true;
+  ASSERT_EQ(readOf(keys, "FS! ", 2).reply.result, 0);
+  bench_.driver()->setSilent(true);
+  EXPECT_EQ(readOf(keys, "FS! ", 2).status, kTransferFailed);
+  bench_.driver()->setSilent(false);
+  EXPECT_EQ(readOf(keys, "FS! ", 2).status, 0);
 }
 
 TEST(SmcFloatFans, ShowTheirModesBesideARivalWhoNeverLetsTheCursorRest) {
