@@ -15,15 +15,11 @@ namespace {
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-// Others hold the cursor for a millisecond or two: as long as the controller takes for a key. The
-// pauses grow, so that two who meet do not go on in step; all of them take 0.1 s together, and the
-// waits for the lock as much again at most.
-constexpr int kMostLooks = 20;
-constexpr microseconds kPauseStep(500);
 // A key that the controller refuses takes a quarter of a second and leaves a line in the kernel's
-// log, so a rival must not have it asked for 20 times. No look begins after this time.
-constexpr milliseconds kMostTime(500);
-constexpr int kMostRefusals = 3;
+// log, so a rival must not have it asked for 20 times. Where the system tells of no writes a look
+// shows nothing, and is repeated for a watch that another may just have given back.
+constexpr int kMostPoorLooks = 3;
+constexpr microseconds kPauseStep(500);
 // Whoever does not let the lock go within this time has stopped. A look shows when it was
 // disturbed, so the lock is a courtesy that it can do without.
 constexpr int kMostLockTries = 10;
@@ -48,6 +44,12 @@ std::optional<FourBytes> typeOf(const FileContent& content) {
 
 }  // namespace
 
+// Others hold the cursor for a millisecond or two: as long as the controller takes for a key. The
+// pauses grow, so that two who meet do not go on in step; all of these take 0.1 s together.
+const KeyCursor::Patience KeyCursor::kForValue{20, milliseconds(500)};
+// A key that cannot be listed is lost to the process for good.
+const KeyCursor::Patience KeyCursor::kForWhatIsAskedOnce{60, milliseconds(3000)};
+
 KeyCursor::KeyCursor(std::shared_ptr<FileTree> files, std::string path,
                      std::shared_ptr<Clock> clock)
     : files_(std::move(files)), path_(std::move(path)), clock_(std::move(clock)) {}
@@ -59,7 +61,7 @@ int KeyCursor::mayMove() {
 
 int KeyCursor::name(std::uint32_t index, FourBytes& code) {
   Sight sight;
-  if (const int error = visit(index, {}, sight)) {
+  if (const int error = visitOnce(index, {}, sight)) {
     return error;
   }
   if (sight.name.error != 0) {
@@ -72,7 +74,7 @@ int KeyCursor::name(std::uint32_t index, FourBytes& code) {
 
 int KeyCursor::describe(std::uint32_t index, KeyFacts& facts) {
   Sight sight;
-  if (const int error = visit(index, {"_type", "_data_length"}, sight)) {
+  if (const int error = visitOnce(index, {"_type", "_data_length"}, sight)) {
     return error;
   }
   if (sight.name.error != 0) {
@@ -95,7 +97,8 @@ int KeyCursor::describe(std::uint32_t index, KeyFacts& facts) {
 
 int KeyCursor::readValue(std::uint32_t index, const FourBytes& code, std::string& bytes) {
   Sight sight;
-  if (const int error = visit(index, {"_data"}, sight)) {
+  const MutexLock lock(mutex_);
+  if (const int error = visit(index, {"_data"}, kForValue, sight)) {
     return error;
   }
   if (sight.name.error != 0 || codeOf(sight.name) != code) {
@@ -106,17 +109,26 @@ int KeyCursor::readValue(std::uint32_t index, const FourBytes& code, std::string
   return data.error;
 }
 
-int KeyCursor::visit(std::uint32_t index, const std::vector<std::string_view>& facts,
-                     Sight& sight) {
+/// Beside a rival who leaves nothing undisturbed, a list of hundreds of keys must not take minutes:
+/// after one that was waited for in vain the others are given up as soon as values are.
+int KeyCursor::visitOnce(std::uint32_t index, const std::vector<std::string_view>& facts,
+                         Sight& sight) {
   const MutexLock lock(mutex_);
+  const int error = visit(index, facts, wasInVain_ ? kForValue : kForWhatIsAskedOnce, sight);
+  wasInVain_ = error == EBUSY;
+  return error;
+}
+
+int KeyCursor::visit(std::uint32_t index, const std::vector<std::string_view>& facts,
+                     const Patience& patience, Sight& sight) {
   const Clock::Duration begin = clock_->now();
-  int refusals = 0;
+  int poorLooks = 0;
   int error = EBUSY;
-  for (int looks = 0; error == EBUSY && looks < kMostLooks && refusals < kMostRefusals; ++looks) {
-    if (looks > 0) {
-      clock_->sleepFor(looks * kPauseStep);
+  for (int i = 0; error == EBUSY && i < patience.looks && poorLooks < kMostPoorLooks; ++i) {
+    if (i > 0) {
+      clock_->sleepFor(i * kPauseStep);
     }
-    if (clock_->now() - begin >= kMostTime) {
+    if (clock_->now() - begin >= patience.time) {
       break;
     }
     sight = {};
@@ -124,7 +136,7 @@ int KeyCursor::visit(std::uint32_t index, const std::vector<std::string_view>& f
     if (error == 0) {
       error = lookOnce(index, facts, sight);
     }
-    refusals += showsRefusal(sight) ? 1 : 0;
+    poorLooks += sight.isBlind || showsRefusal(sight) ? 1 : 0;
   }
   return error;
 }
@@ -160,13 +172,13 @@ int KeyCursor::lookOnce(std::uint32_t index, const std::vector<std::string_view>
                         Sight& sight) {
   const bool isLocked = lockFile();
   const int error = look(index, facts, sight);
-  const bool isBlind = file_->witness() == CursorFile::Witness::blind;
+  sight.isBlind = file_->witness() == CursorFile::Witness::blind;
   if (isLocked) {
     file_->unlock();
   }
   // A driver that is loaded again has another file under this name, and a file that is opened anew
   // may have the witness that this one lacks.
-  if (isBlind || (error != 0 && error != EBUSY && error != EINVAL)) {
+  if (sight.isBlind || (error != 0 && error != EBUSY && error != EINVAL)) {
     file_ = nullptr;
   }
   return error;

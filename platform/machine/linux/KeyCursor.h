@@ -23,8 +23,9 @@ struct KeyFacts {
 /// Reads keys through the driver's one cursor, which every process moves as it likes. What is
 /// returned belongs to the key that was asked for: a reading that may have been another's is taken
 /// again, a bounded number of times, and is an error in the end. So is every reading where the
-/// system does not tell of others' writes. Errors are the system's; EBUSY is a reading that could
-/// not be had to itself. Any thread.
+/// system does not tell of others' writes. Names and descriptions, which are asked for once, are
+/// waited for longer than values. Errors are the system's; EBUSY is a reading that could not be had
+/// to itself. Any thread.
 class KeyCursor {
  public:
   /// The cursor is the file `path`; what it points at are the files whose names begin with it.
@@ -47,12 +48,22 @@ class KeyCursor {
  private:
   /// What one look at the key under the cursor has shown.
   struct Sight {
+    bool isBlind = false;
     FileContent name;
     std::vector<FileContent> facts;  // none when there is no name
   };
+  /// How many looks are taken at most, and how long after the first another may begin.
+  struct Patience {
+    int looks = 0;
+    Clock::Duration time;
+  };
+  static const Patience kForValue;
+  static const Patience kForWhatIsAskedOnce;
 
+  [[nodiscard]] int visitOnce(std::uint32_t index, const std::vector<std::string_view>& facts,
+                              Sight& sight);
   [[nodiscard]] int visit(std::uint32_t index, const std::vector<std::string_view>& facts,
-                          Sight& sight);
+                          const Patience& patience, Sight& sight) HALVARIN_REQUIRES(mutex_);
   /// Whether the controller did not give something of it.
   [[nodiscard]] static bool showsRefusal(const Sight& sight);
   [[nodiscard]] int openFile() HALVARIN_REQUIRES(mutex_);
@@ -68,6 +79,7 @@ class KeyCursor {
   const std::shared_ptr<Clock> clock_;
   Mutex mutex_;
   std::unique_ptr<CursorFile> file_ HALVARIN_GUARDED_BY(mutex_);  // null: not open yet
+  bool wasInVain_ HALVARIN_GUARDED_BY(mutex_) = false;            // the last of the long waits
 };
 
 }  // namespace halvarin::platform

@@ -71,6 +71,7 @@ int KeyDirectory::nameAt(std::uint32_t index, FourBytes& code) {
   if (error == 0) {
     const MutexLock lock(mutex_);
     names_.emplace(index, code);
+    named_.emplace(number(code), index);
   }
   return error;
 }
@@ -78,6 +79,9 @@ int KeyDirectory::nameAt(std::uint32_t index, FourBytes& code) {
 int KeyDirectory::find(const FourBytes& code, Entry& entry) {
   if (isKnown(code, entry)) {
     return 0;
+  }
+  if (const auto index = namedIndex(code)) {
+    return describe(*index, code, entry);
   }
   std::uint32_t low = 0;
   std::uint32_t high = 0;
@@ -142,6 +146,12 @@ bool KeyDirectory::isKnown(const FourBytes& code, Entry& entry) {
   }
   entry = found->second;
   return true;
+}
+
+std::optional<std::uint32_t> KeyDirectory::namedIndex(const FourBytes& code) {
+  const MutexLock lock(mutex_);
+  const auto named = named_.find(number(code));
+  return named == named_.end() ? std::nullopt : std::optional(named->second);
 }
 
 bool KeyDirectory::isNameless(std::uint32_t index) {

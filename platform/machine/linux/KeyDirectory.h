@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -31,8 +32,9 @@ class KeyDirectory {
   /// EINVAL for an index that the driver does not have.
   [[nodiscard]] int nameAt(std::uint32_t index, FourBytes& code);
 
-  /// Finds a key by its name, by bisection: the driver lists keys in the order of their bytes. Keys
-  /// whose names the controller does not give are passed over. ENOKEY when there is none of that
+  /// Finds a key by its name: at once where `nameAt` has named it, else by bisection, since the
+  /// driver lists keys in the order of their bytes. Keys whose names the controller does not give
+  /// are passed over. ENOKEY when there is none of that
   /// name; EIO or EBADMSG when it may be one of those.
   [[nodiscard]] int find(const FourBytes& code, Entry& entry);
 
@@ -41,13 +43,15 @@ class KeyDirectory {
                                    FourBytes& code);
   [[nodiscard]] int describe(std::uint32_t index, const FourBytes& code, Entry& entry);
   [[nodiscard]] bool isKnown(const FourBytes& code, Entry& entry);
+  [[nodiscard]] std::optional<std::uint32_t> namedIndex(const FourBytes& code);
   [[nodiscard]] bool isNameless(std::uint32_t index);
 
   const std::shared_ptr<FileTree> files_;
   const std::string countPath_;
   KeyCursor& cursor_;
   Mutex mutex_;
-  std::unordered_map<std::uint32_t, FourBytes> names_ HALVARIN_GUARDED_BY(mutex_);  // by index
+  std::unordered_map<std::uint32_t, FourBytes> names_ HALVARIN_GUARDED_BY(mutex_);      // by index
+  std::unordered_map<std::uint32_t, std::uint32_t> named_ HALVARIN_GUARDED_BY(mutex_);  // by code
   // Indices that gave no name while one beside them did.
   std::unordered_set<std::uint32_t> nameless_ HALVARIN_GUARDED_BY(mutex_);
   std::unordered_map<std::uint32_t, Entry> found_ HALVARIN_GUARDED_BY(mutex_);  // by code

@@ -73,6 +73,34 @@ TEST_F(Directory, HasNoIndexBehindTheLastKey) {
   EXPECT_EQ(directory_.nameAt(0xFFFFFFFFU, code), EINVAL);
 }
 
+/// A driver that keeps count of the keys whose names were asked for.
+class TalliedDriver : public ScriptedDriver {
+ public:
+  using ScriptedDriver::ScriptedDriver;
+  platform::FileContent read(const std::string& path, std::size_t most) override {
+    if (path.size() > 5 && path.substr(path.size() - 5) == "_name") {
+      asked.insert(cursor());
+    }
+    return ScriptedDriver::read(path, most);
+  }
+  std::set<std::uint32_t> asked;
+};
+
+TEST(DirectoryOfManyKeys, LooksAtAKeyAloneThatItHasNamedBefore) {
+  const DriverBench bench(numberedKeys());
+  const auto driver = std::make_shared<TalliedDriver>(bench.folder());
+  platform::KeyCursor cursor(driver, bench.cursorPath(),
+                             std::make_shared<platform::ScaledClock>(0));
+  KeyDirectory directory(driver, std::string(ScriptedDriver::kDevice) + "/key_count", cursor);
+  FourBytes code{};
+  ASSERT_EQ(directory.nameAt(150, code), 0);
+  KeyDirectory::Entry entry;
+  ASSERT_EQ(directory.find(code, entry), 0);
+  EXPECT_EQ(entry.index, 150U);
+  EXPECT_EQ(entry.facts.code, fourBytes("K150"));
+  EXPECT_EQ(driver->asked, std::set<std::uint32_t>{150});
+}
+
 /// A driver that does not give some of the keys' names: the files of these indices have this error.
 class NamelessDriver : public ScriptedDriver {
  public:

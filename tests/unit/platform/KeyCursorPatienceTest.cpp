@@ -1,0 +1,85 @@
+// How long the cursor is waited for, and when it is not.
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "tests/support/SteppingClock.h"
+#include "tests/unit/platform/DriverBench.h"
+#include "tests/unit/platform/MeddledDriver.h"
+
+namespace halvarin::test {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::fourBytes;
+using platform::KeyCursor;
+using platform::KeyFacts;
+
+/// A cursor that somebody moves away whenever the name under it is read, so many times.
+class AwaitedCursor : public testing::Test {
+ protected:
+  void disturb(ScriptedDriver& driver, const std::string& file, bool after) {
+    if (file == "_name" && !after && disturbances_ > 0) {
+      --disturbances_;
+      driver.moveCursor(150);
+    }
+  }
+
+  const DriverBench bench_{numberedKeys()};
+  const std::shared_ptr<SteppingClock> clock_ = std::make_shared<SteppingClock>();
+  int disturbances_ = 0;
+  KeyCursor cursor_{std::make_shared<MeddledDriver>(
+                        bench_.driver(), [this](ScriptedDriver& driver, const std::string& file,
+                                                bool after) { disturb(driver, file, after); }),
+                    bench_.cursorPath(), clock_};
+  KeyFacts facts_;
+};
+
+TEST_F(AwaitedCursor, IsLookedAtLongerForWhatIsAskedOnce) {
+  disturbances_ = 80;  // two to a look: the name is read before and after the rest
+  ASSERT_EQ(cursor_.describe(7, facts_), 0);
+  EXPECT_EQ(facts_.code, fourBytes("K007"));
+  disturbances_ = 80;
+  platform::FourBytes code{};
+  ASSERT_EQ(cursor_.name(8, code), 0);
+  EXPECT_EQ(code, fourBytes("K008"));
+  disturbances_ = 80;
+  std::string bytes;
+  EXPECT_EQ(cursor_.readValue(7, fourBytes("K007"), bytes), EBUSY);
+}
+
+TEST_F(AwaitedCursor, IsLookedAtNoLongerThanForAValueOnceThatWasInVain) {
+  constexpr int kAlways = 1000000;
+  disturbances_ = kAlways;
+  EXPECT_EQ(cursor_.describe(7, facts_), EBUSY);
+  EXPECT_LE(clock_->now(), 3s);
+  const auto before = clock_->now();
+  for (std::uint32_t i = 0; i < 100; ++i) {
+    EXPECT_EQ(cursor_.describe(i, facts_), EBUSY);
+  }
+  EXPECT_LE(clock_->now() - before, 100 * 100ms);
+  disturbances_ = 0;
+  ASSERT_EQ(cursor_.describe(7, facts_), 0);
+  disturbances_ = 80;
+  EXPECT_EQ(cursor_.describe(8, facts_), 0) << "it is worth the while again";
+}
+
+TEST(BlindCursor, IsNotWaitedFor) {
+  DriverScript script;
+  script.isBlind = true;
+  const DriverBench bench(numberedKeys(), script);
+  const auto clock = std::make_shared<SteppingClock>();
+  KeyCursor cursor(bench.driver(), bench.cursorPath(), clock);
+  KeyFacts facts;
+  for (std::uint32_t i = 0; i < kNumberedKeys; ++i) {
+    EXPECT_EQ(cursor.describe(i, facts), EBUSY);
+  }
+  EXPECT_LE(clock->now(), kNumberedKeys * 5ms);
+}
+
+}  // namespace
+}  // namespace halvarin::test
