@@ -65,8 +65,7 @@ AppleSmcKeys::AppleSmcKeys(std::shared_ptr<FileTree> files, const SmcDriver& dri
     : files_(std::move(files)),
       driver_(driver),
       cursor_(files_, cursorPath(*files_, driver), std::move(clock)),
-      directory_(files_, driverFile(*files_, driver, "key_count"), cursor_),
-      fans_(files_, driver) {}
+      directory_(files_, driverFile(*files_, driver, "key_count"), cursor_) {}
 
 bool AppleSmcKeys::isPresent() {
   std::uint32_t count = 0;
@@ -130,8 +129,8 @@ DriverAnswer AppleSmcKeys::readCount(std::uint32_t sizeBytes) {
 DriverAnswer AppleSmcKeys::readEntry(const KeyDirectory::Entry& entry) {
   std::string bytes;
   int error = cursor_.readValue(entry.index, entry.facts.code, bytes);
-  if ((error == EBUSY || error == EIO) && readFanKey(fans_, entry.facts, bytes) == 0) {
-    error = 0;  // those files need no cursor: whoever keeps it moving hides no fan by that
+  if (error == EBUSY || error == EIO) {
+    error = readFromFanFiles(entry.facts, bytes) == 0 ? 0 : error;
   }
   if (error == EIO) {
     return afterNoValue(entry);
@@ -148,6 +147,13 @@ DriverAnswer AppleSmcKeys::readEntry(const KeyDirectory::Entry& entry) {
   DriverAnswer answer;
   std::copy(bytes.begin(), bytes.end(), answer.reply.bytes.begin());
   return answer;
+}
+
+/// The fans' files need no cursor: whoever keeps it moving hides no fan by that.
+int AppleSmcKeys::readFromFanFiles(const KeyFacts& facts, std::string& bytes) const {
+  SmcDriver now;
+  const int error = locate(*files_, driver_, now);
+  return error == 0 ? readFanKey(FanFiles(files_, now), facts, bytes) : error;
 }
 
 /// A key that has never given a value, while another does, is one that the controller does not let
@@ -199,11 +205,16 @@ DriverAnswer AppleSmcKeys::write(const ControllerRequest& request) {
   if (request.sizeBytes != entry.facts.sizeBytes) {
     return refusal(kResultSizeMismatch);
   }
+  SmcDriver now;
+  if (const int error = locate(*files_, driver_, now)) {
+    return failure(error);  // what is no longer the driver's is not written
+  }
+  FanFiles fans(files_, now);
   if (name) {
-    return writeFan(*name, entry.facts, request);
+    return writeFan(fans, *name, entry.facts, request);
   }
   return request.sizeBytes == kForceBitsBytes
-             ? writeForceBits(request.bytes[0] * 256U + request.bytes[1])
+             ? writeForceBits(fans, request.bytes[0] * 256U + request.bytes[1])
              : refusal(kResultNotWritable);
 }
 
@@ -216,9 +227,9 @@ void AppleSmcKeys::keepForceBits(const FourBytes& code, const std::string& bytes
 
 /// Whoever sets one bit writes all, the others as they were when it read them. Another process may
 /// have handed its fan back since: that fan must not be forced again.
-DriverAnswer AppleSmcKeys::writeForceBits(std::uint32_t bits) {
+DriverAnswer AppleSmcKeys::writeForceBits(FanFiles& fans, std::uint32_t bits) {
   const MutexLock lock(mutex_);
-  const int error = fans_.setForceBits(bits, forceBits_);
+  const int error = fans.setForceBits(bits, forceBits_);
   if (error == 0) {
     forceBits_ = bits;
   } else if (forceBits_) {
@@ -227,20 +238,20 @@ DriverAnswer AppleSmcKeys::writeForceBits(std::uint32_t bits) {
   return modeAnswer(error);
 }
 
-DriverAnswer AppleSmcKeys::writeFan(const FanKeyName& name, const KeyFacts& facts,
+DriverAnswer AppleSmcKeys::writeFan(FanFiles& fans, const FanKeyName& name, const KeyFacts& facts,
                                     const ControllerRequest& request) {
   if (name.isOf("Tg") || name.isOf("Mn")) {
-    return writeSpeed(name, facts, request);
+    return writeSpeed(fans, name, facts, request);
   }
   if (!name.isOf("Md") || facts.sizeBytes != 1) {
     return refusal(kResultNotWritable);
   }
   constexpr std::uint8_t kForced = 1;
   const std::uint8_t mode = request.bytes[0];
-  return modeAnswer(mode > kForced ? EINVAL : fans_.setForced(name.fan, mode == kForced));
+  return modeAnswer(mode > kForced ? EINVAL : fans.setForced(name.fan, mode == kForced));
 }
 
-DriverAnswer AppleSmcKeys::writeSpeed(const FanKeyName& name, const KeyFacts& facts,
+DriverAnswer AppleSmcKeys::writeSpeed(FanFiles& fans, const FanKeyName& name, const KeyFacts& facts,
                                       const ControllerRequest& request) {
   if (!canHoldSpeed(facts)) {
     return refusal(kResultNotWritable);
@@ -249,8 +260,8 @@ DriverAnswer AppleSmcKeys::writeSpeed(const FanKeyName& name, const KeyFacts& fa
   if (!rpm) {
     return refusal(kResultBadArgument);
   }
-  return writeAnswer(name.isOf("Tg") ? fans_.setTarget(name.fan, *rpm)
-                                     : fans_.setMinimum(name.fan, *rpm));
+  return writeAnswer(name.isOf("Tg") ? fans.setTarget(name.fan, *rpm)
+                                     : fans.setMinimum(name.fan, *rpm));
 }
 
 }  // namespace halvarin::platform

@@ -34,13 +34,14 @@ class AppleSmcKeys : public DriverKeys {
   [[nodiscard]] DriverAnswer read(const ControllerRequest& request) override;
   [[nodiscard]] DriverAnswer readCount(std::uint32_t sizeBytes);
   [[nodiscard]] DriverAnswer readEntry(const KeyDirectory::Entry& entry);
+  [[nodiscard]] int readFromFanFiles(const KeyFacts& facts, std::string& bytes) const;
   [[nodiscard]] DriverAnswer afterNoValue(const KeyDirectory::Entry& entry);
   [[nodiscard]] DriverAnswer write(const ControllerRequest& request) override;
-  [[nodiscard]] DriverAnswer writeFan(const FanKeyName& name, const KeyFacts& facts,
+  [[nodiscard]] DriverAnswer writeFan(FanFiles& fans, const FanKeyName& name, const KeyFacts& facts,
                                       const ControllerRequest& request);
-  [[nodiscard]] DriverAnswer writeSpeed(const FanKeyName& name, const KeyFacts& facts,
-                                        const ControllerRequest& request);
-  [[nodiscard]] DriverAnswer writeForceBits(std::uint32_t bits);
+  [[nodiscard]] DriverAnswer writeSpeed(FanFiles& fans, const FanKeyName& name,
+                                        const KeyFacts& facts, const ControllerRequest& request);
+  [[nodiscard]] DriverAnswer writeForceBits(FanFiles& fans, std::uint32_t bits);
   void keepForceBits(const FourBytes& code, const std::string& bytes);
   [[nodiscard]] bool isRefused(const FourBytes& code);
   [[nodiscard]] bool anotherAnswers(const FourBytes& code);
@@ -49,7 +50,6 @@ class AppleSmcKeys : public DriverKeys {
   const SmcDriver driver_;
   KeyCursor cursor_;
   KeyDirectory directory_;
-  FanFiles fans_;
   Mutex mutex_;
   std::unordered_set<std::uint32_t> refused_ HALVARIN_GUARDED_BY(mutex_);   // by code
   std::unordered_set<std::uint32_t> answered_ HALVARIN_GUARDED_BY(mutex_);  // by code

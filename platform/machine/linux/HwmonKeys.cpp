@@ -22,6 +22,7 @@ constexpr double kFirstSpeedTooHigh = 16384;
 constexpr const char* kAutomatic = "0";  // a target of 0 is none
 
 const FourBytes kFloat = fourBytes("flt ");
+constexpr std::uint32_t kFloatBytes = 4;
 
 /// How the hardware monitor names readings of a kind, and the unit of a key of that kind.
 struct Quantity {
@@ -147,14 +148,13 @@ void HwmonKeys::addFan(const FanKeyName& name, std::uint32_t number) {
   addFile(fanKeyOf(name, "Mx"), fan + "_max", 1);
   addFile(fanKeyOf(name, "Tg"), fan + "_target", 1);
   if (const Key* target = find(fanKeyOf(name, "Tg"))) {
-    keys_[fanKeyOf(name, "Md")] = {Key::Kind::mode, target->path, 1};
+    keys_[fanKeyOf(name, "Md")] = {Key::Kind::mode, target->file, 1};
   }
 }
 
 void HwmonKeys::addFile(const FourBytes& code, const std::string& file, double unitsPerStep) {
-  const std::string path = driverFile(*files_, driver_, file);
-  if (!path.empty()) {
-    keys_.emplace(code, Key{Key::Kind::reading, path, unitsPerStep});
+  if (!driverFile(*files_, driver_, file).empty()) {
+    keys_.emplace(code, Key{Key::Kind::reading, file, unitsPerStep});
   }
 }
 
@@ -211,13 +211,28 @@ DriverAnswer HwmonKeys::read(const ControllerRequest& request) {
   return withBytes({static_cast<std::uint8_t>(isForced)});
 }
 
+/// Where a key's file lies now. What is no longer the driver's is neither read nor written.
+int HwmonKeys::findFile(const Key& key, std::string& path) const {
+  SmcDriver now;
+  if (const int error = locate(*files_, driver_, now)) {
+    return error;
+  }
+  path = driverFile(*files_, now, key.file);
+  return path.empty() ? ENOENT : 0;
+}
+
 DriverAnswer HwmonKeys::readFile(const Key& key) const {
-  if (const int error = files_->read(key.path, 0).error) {
+  std::string path;
+  if (const int error = findFile(key, path)) {
     return failure(error);
   }
-  const auto line = lineOf(*files_, key.path);
+  if (const int error = files_->read(path, 0).error) {
+    return failure(error);
+  }
+  const auto line = lineOf(*files_, path);
   const auto steps = line ? stepsIn(*line) : std::nullopt;
-  const auto bytes = steps ? encodeReading(kFloat, 4, *steps * key.unitsPerStep) : std::nullopt;
+  const auto bytes =
+      steps ? encodeReading(kFloat, kFloatBytes, *steps * key.unitsPerStep) : std::nullopt;
   return bytes ? withBytes(*bytes) : failure(EIO);
 }
 
@@ -230,21 +245,27 @@ DriverAnswer HwmonKeys::write(const ControllerRequest& request) {
   if (request.sizeBytes != key->sizeBytes()) {
     return refusal(kResultSizeMismatch);
   }
-  if (key->kind == Key::Kind::mode) {
-    return writeMode(*name, *key, request.bytes[0]);
+  const bool isMode = key->kind == Key::Kind::mode;
+  if (!isMode && !(name && name->isOf("Tg"))) {
+    return refusal(kResultNotWritable);
   }
-  return name && name->isOf("Tg") ? writeTarget(*name, *key, request) : refusal(kResultNotWritable);
+  std::string target;
+  if (const int error = findFile(*key, target)) {
+    return failure(error);
+  }
+  return isMode ? writeMode(*name, target, request.bytes[0]) : writeTarget(*name, target, request);
 }
 
-DriverAnswer HwmonKeys::writeMode(const FanKeyName& name, const Key& key, std::uint8_t mode) {
+DriverAnswer HwmonKeys::writeMode(const FanKeyName& name, const std::string& target,
+                                  std::uint8_t mode) {
   if (mode > 1) {
     return refusal(kResultBadArgument);
   }
   if (mode == 0) {
-    return handBack(name, key);
+    return handBack(name, target);
   }
   const MutexLock lock(mutex_);
-  const int error = files_->mayWrite(key.path);
+  const int error = files_->mayWrite(target);
   if (error == 0) {
     orders_[name.fan] = std::max(orders_[name.fan], Order::announced);
   }
@@ -252,41 +273,40 @@ DriverAnswer HwmonKeys::writeMode(const FanKeyName& name, const Key& key, std::u
 }
 
 /// A driver that refuses this while there is a target may keep the fan forced, whoever has set it.
-DriverAnswer HwmonKeys::handBack(const FanKeyName& name, const Key& key) {
+DriverAnswer HwmonKeys::handBack(const FanKeyName& name, const std::string& target) {
   const MutexLock lock(mutex_);
-  const int error = files_->write(key.path, kAutomatic);
+  const int error = files_->write(target, kAutomatic);
   if (error == 0) {
     orders_[name.fan] = Order::none;
     return {};
   }
   const DriverAnswer answer = writeAnswer(error);
-  return answer.status == 0 && !hasNoTarget(key) ? modeAnswer(EREMOTEIO) : answer;
+  return answer.status == 0 && !hasNoTarget(target) ? modeAnswer(EREMOTEIO) : answer;
 }
 
-bool HwmonKeys::hasNoTarget(const Key& key) const {
-  const auto line = lineOf(*files_, key.path);
+bool HwmonKeys::hasNoTarget(const std::string& target) const {
+  const auto line = lineOf(*files_, target);
   return line && stepsIn(*line) == 0.0;
 }
 
 /// A target that nobody has announced would take the fan out of automatic control by surprise; one
 /// that is written back as it was read, to see whether that is allowed, even unnoticed.
-DriverAnswer HwmonKeys::writeTarget(const FanKeyName& name, const Key& key,
+DriverAnswer HwmonKeys::writeTarget(const FanKeyName& name, const std::string& target,
                                     const ControllerRequest& request) {
-  const auto rpm =
-      decodeReal(kFloat, {request.bytes.begin(), request.bytes.begin() + key.sizeBytes()});
+  const auto rpm = decodeReal(kFloat, {request.bytes.begin(), request.bytes.begin() + kFloatBytes});
   if (!rpm || !(*rpm >= 0 && *rpm < kFirstSpeedTooHigh)) {
     return refusal(kResultBadArgument);
   }
   const MutexLock lock(mutex_);
   Order& order = orders_[name.fan];
   if (order == Order::none) {
-    const int error = files_->mayWrite(key.path);
+    const int error = files_->mayWrite(target);
     return error == 0 ? refusal(kResultNotWritable) : writeAnswer(error);
   }
-  const int target = static_cast<int>(*rpm);
-  const int error = setTarget(key, target);
+  const int whole = static_cast<int>(*rpm);
+  const int error = setTarget(target, whole);
   const DriverAnswer answer = modeAnswer(error);
-  if (target == 0) {
+  if (whole == 0) {
     order = error == 0 ? Order::announced : order;
   } else if (answer.reply.result == 0) {
     order = Order::given;  // also when it failed, for it may have been done
@@ -295,9 +315,9 @@ DriverAnswer HwmonKeys::writeTarget(const FanKeyName& name, const Key& key,
 }
 
 /// After 0 the file may show the speed that automatic control wants.
-int HwmonKeys::setTarget(const Key& key, int rpm) const {
+int HwmonKeys::setTarget(const std::string& target, int rpm) const {
   const std::string text = std::to_string(rpm);
-  return rpm == 0 ? files_->write(key.path, text) : writeAndRead(*files_, key.path, text);
+  return rpm == 0 ? files_->write(target, text) : writeAndRead(*files_, target, text);
 }
 
 const HwmonKeys::Key* HwmonKeys::find(const FourBytes& code) const {

@@ -29,7 +29,7 @@ class HwmonKeys : public DriverKeys {
   struct Key {
     enum class Kind { count, fanCount, reading, mode };
     Kind kind = Kind::reading;
-    std::string path;         // of a reading's file; of the target's file for a mode
+    std::string file;         // the name of a reading's; of the target's for a mode
     double unitsPerStep = 1;  // what 1 in the file is worth
     [[nodiscard]] std::uint32_t sizeBytes() const;
     [[nodiscard]] FourBytes type() const;
@@ -45,14 +45,16 @@ class HwmonKeys : public DriverKeys {
   [[nodiscard]] DriverAnswer keyByIndex(std::uint32_t index) override;
   [[nodiscard]] DriverAnswer keyInfo(const FourBytes& code) override;
   [[nodiscard]] DriverAnswer read(const ControllerRequest& request) override;
+  [[nodiscard]] int findFile(const Key& key, std::string& path) const;
   [[nodiscard]] DriverAnswer readFile(const Key& key) const;
   [[nodiscard]] DriverAnswer write(const ControllerRequest& request) override;
-  [[nodiscard]] DriverAnswer writeMode(const FanKeyName& name, const Key& key, std::uint8_t mode);
-  [[nodiscard]] DriverAnswer handBack(const FanKeyName& name, const Key& key);
-  [[nodiscard]] bool hasNoTarget(const Key& key) const;
-  [[nodiscard]] DriverAnswer writeTarget(const FanKeyName& name, const Key& key,
+  [[nodiscard]] DriverAnswer writeMode(const FanKeyName& name, const std::string& target,
+                                       std::uint8_t mode);
+  [[nodiscard]] DriverAnswer handBack(const FanKeyName& name, const std::string& target);
+  [[nodiscard]] bool hasNoTarget(const std::string& target) const;
+  [[nodiscard]] DriverAnswer writeTarget(const FanKeyName& name, const std::string& target,
                                          const ControllerRequest& request);
-  [[nodiscard]] int setTarget(const Key& key, int rpm) const;
+  [[nodiscard]] int setTarget(const std::string& target, int rpm) const;
   [[nodiscard]] const Key* find(const FourBytes& code) const;
   [[nodiscard]] std::uint8_t fanCount() const;
 

@@ -15,7 +15,8 @@ struct SmcDriver {
     macsmcHwmon,  // Apple silicon: chosen sensors and the fans, already in units
   };
   Kind kind = Kind::applesmc;
-  // Without links: the number belongs to whatever was loaded last, the path names the device too.
+  // As they were found, without links: the number belongs to whatever was loaded last, the path
+  // names the device too.
   std::string hwmonFolder;   // "/sys/devices/platform/applesmc.768/hwmon/hwmon3"
   std::string deviceFolder;  // the device behind it, "/sys/devices/platform/applesmc.768"; or ""
 };
@@ -24,7 +25,11 @@ struct SmcDriver {
 /// not loaded. Of two drivers the one with all keys is taken.
 [[nodiscard]] std::optional<SmcDriver> findSmcDriver(FileTree& files);
 
-/// Whether that driver is still there and states its name.
+/// Where that driver lies now: its monitor gets another number when it is loaded again. ENODEV when
+/// nothing states its name there any more; another error while that cannot be told.
+[[nodiscard]] int locate(FileTree& files, const SmcDriver& driver, SmcDriver& now);
+
+/// False when `locate` finds it gone.
 [[nodiscard]] bool isStillThere(FileTree& files, const SmcDriver& driver);
 
 /// The path of one of the driver's files, "" when it has no such file. Which of the two folders

@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <utility>
@@ -13,6 +15,7 @@
 #include "platform/machine/linux/AppleSmcKeys.h"
 #include "tests/support/FanMachines.h"
 #include "tests/unit/platform/DriverBench.h"
+#include "tests/unit/platform/OtherTree.h"
 
 namespace halvarin::test {
 namespace {
@@ -32,69 +35,76 @@ platform::RecordedMachine floatFans() {
                       key("FNum", "ui8 ", {1})});
 }
 
-/// The bench's driver, for those that do one thing otherwise.
-class OtherDriver : public platform::FileTree {
- public:
-  explicit OtherDriver(std::shared_ptr<ScriptedDriver> behind) : behind_(std::move(behind)) {}
-
-  [[nodiscard]] platform::FileContent read(const std::string& path, std::size_t most) override {
-    return behind_->read(path, most);
-  }
-  [[nodiscard]] int write(const std::string& path, std::string_view text) override {
-    return behind_->write(path, text);
-  }
-  [[nodiscard]] int mayWrite(const std::string& path) override { return behind_->mayWrite(path); }
-  [[nodiscard]] std::vector<std::string> list(const std::string& path) override {
-    return behind_->list(path);
-  }
-  [[nodiscard]] std::string resolve(const std::string& path) override {
-    return behind_->resolve(path);
-  }
-  [[nodiscard]] std::unique_ptr<platform::CursorFile> openCursor(const std::string& path,
-                                                                 int& error) override {
-    return behind_->openCursor(path, error);
-  }
-
- protected:
-  const std::shared_ptr<ScriptedDriver> behind_;
-};
-
 /// Its files take what would hand a fan back, and keep what they show.
-class StubbornDriver : public OtherDriver {
+class StubbornDriver : public OtherTree {
  public:
-  using OtherDriver::OtherDriver;
+  using OtherTree::OtherTree;
   [[nodiscard]] int write(const std::string& path, std::string_view text) override {
-    return text == "0" ? 0 : OtherDriver::write(path, text);
+    return text == "0" ? 0 : OtherTree::write(path, text);
   }
 };
 
 /// Its controller does not give values by the cursor, once it is hoarse, but by the fans' files.
-class HoarseDriver : public OtherDriver {
+class HoarseDriver : public OtherTree {
  public:
-  using OtherDriver::OtherDriver;
+  using OtherTree::OtherTree;
   [[nodiscard]] platform::FileContent read(const std::string& path, std::size_t most) override {
     const bool isValue = path == std::string(ScriptedDriver::kDevice) + "/key_at_index_data";
-    return isHoarse && isValue ? platform::FileContent{EIO, {}} : OtherDriver::read(path, most);
+    return isHoarse && isValue ? platform::FileContent{EIO, {}} : OtherTree::read(path, most);
   }
   bool isHoarse = true;
 };
 
 /// Its cursor is elsewhere after every value, once it is restless.
-class RestlessDriver : public OtherDriver {
+class RestlessDriver : public OtherTree {
  public:
-  using OtherDriver::OtherDriver;
+  explicit RestlessDriver(const std::shared_ptr<ScriptedDriver>& driver)
+      : OtherTree(driver), driver_(driver) {}
   [[nodiscard]] platform::FileContent read(const std::string& path, std::size_t most) override {
-    platform::FileContent content = OtherDriver::read(path, most);
+    platform::FileContent content = OtherTree::read(path, most);
     if (isRestless && path == std::string(ScriptedDriver::kDevice) + "/key_at_index_data") {
-      behind_->moveCursor(0);
+      driver_->moveCursor(0);
     }
     return content;
   }
   bool isRestless = false;
+
+ private:
+  const std::shared_ptr<ScriptedDriver> driver_;
+};
+
+/// Its monitor has another number from the moment on when it was loaded again.
+class ReloadedDriver : public OtherTree {
+ public:
+  using OtherTree::OtherTree;
+  [[nodiscard]] platform::FileContent read(const std::string& path, std::size_t most) override {
+    return OtherTree::read(before(path), most);
+  }
+  [[nodiscard]] int write(const std::string& path, std::string_view text) override {
+    return OtherTree::write(before(path), text);
+  }
+  [[nodiscard]] std::vector<std::string> list(const std::string& path) override {
+    std::vector<std::string> names = OtherTree::list(before(path));
+    std::replace(names.begin(), names.end(), std::string("hwmon3"), number());
+    return names;
+  }
+  bool isReloaded = false;
+
+ private:
+  [[nodiscard]] std::string number() const { return isReloaded ? "hwmon7" : "hwmon3"; }
+  /// The path that a file had when the driver was loaded first; none for those that are gone.
+  [[nodiscard]] std::string before(std::string path) const {
+    const std::size_t place = path.find("/hwmon/" + number());
+    if (place != std::string::npos) {
+      return path.replace(place, 13, "/hwmon/hwmon3");
+    }
+    return path.find("/hwmon/hwmon") == std::string::npos ? path : "/gone";
+  }
 };
 
 constexpr std::array<std::pair<const char*, std::uint32_t>, 7> kFanKeys{
     {{"F0Ac", 2}, {"F0Mn", 2}, {"F0Mx", 2}, {"F0Tg", 2}, {"F1Ac", 2}, {"FNum", 1}, {"FS! ", 2}}};
+constexpr auto kNoDevice = static_cast<platform::MachineStatus>(0xE00002C0);
 constexpr auto kTransferFailed = static_cast<platform::MachineStatus>(0xE00002CA);
 
 class SmcFans : public testing::Test {
@@ -211,6 +221,34 @@ TEST(SmcFloatFans, ShowTheirModesBesideARivalWhoNeverLetsTheCursorRest) {
   bench.driver()->setForced(0, true);
   restless->isRestless = true;
   EXPECT_EQ(bytesOf(readOf(keys, "F0Md", 1), 1), (Bytes{1}));
+}
+
+TEST(SmcFansOfADriverThatWasLoadedAgain, AreHandedBackUnderItsNewNumber) {
+  for (const FanStyle style : {FanStyle::forceBits, FanStyle::modeKeys}) {
+    const bool hasBits = style == FanStyle::forceBits;
+    const std::string_view mode = hasBits ? "FS! " : "F0Md";
+    const DriverBench bench(fanMachine(style), {Names::newer, {}, {}, false});
+    const auto reloaded = std::make_shared<ReloadedDriver>(bench.driver());
+    platform::AppleSmcKeys keys(reloaded, bench.found(),
+                                std::make_shared<platform::ScaledClock>(0));
+    ASSERT_EQ(writeOf(keys, mode, hasBits ? Bytes{0, 1} : Bytes{1}).reply.result, 0);
+    reloaded->isReloaded = true;
+    EXPECT_TRUE(keys.isPresent());
+    EXPECT_EQ(writeOf(keys, mode, hasBits ? Bytes{0, 0} : Bytes{0}).reply.result, 0);
+    EXPECT_THAT(bench.driver()->writes(), ElementsAre("pwm1_enable 1", "pwm1_enable 2"));
+  }
+}
+
+TEST(SmcFansOfAnotherChip, AreNotWritten) {
+  const DriverBench bench(fanMachine(FanStyle::modeKeys), {Names::newer, {}, {}, false});
+  const auto keys = bench.newKeys();
+  ASSERT_EQ(infoOf(*keys, "F0Md").status, 0);
+  ASSERT_EQ(infoOf(*keys, "F0Tg").status, 0);
+  std::ofstream(bench.folder() / "root" / std::string(ScriptedDriver::kMonitor).substr(1) / "name")
+      << "amdgpu\n";
+  EXPECT_EQ(writeOf(*keys, "F0Md", {1}).status, kNoDevice);
+  EXPECT_EQ(writeOf(*keys, "F0Tg", {0x27, 0x10}).status, kNoDevice);
+  EXPECT_THAT(bench.driver()->writes(), IsEmpty());
 }
 
 TEST_F(SmcFans, TakeALeastSpeed) {

@@ -21,6 +21,8 @@ using platform::DriverAnswer;
 using platform::fourBytes;
 using platform::HwmonKeys;
 
+constexpr auto kNoDevice = static_cast<platform::MachineStatus>(0xE00002C0);
+
 Bytes floatBytes(float number) {
   Bytes bytes(4);
   std::memcpy(bytes.data(), &number, 4);
@@ -232,6 +234,33 @@ TEST_F(SyntheticKeys, ShowAFanForcedUntilItsHandBackIsTaken) {
   EXPECT_EQ(mode(*keys), 1);
 }
 
+TEST_F(SyntheticKeys, HandAFanBackThoughTheDriverWasLoadedAgainUnderAnotherNumber) {
+  const std::filesystem::path monitors = folder_.path() / "sys/devices/smc/hwmon";
+  std::filesystem::create_directories(monitors);
+  std::filesystem::rename(folder_.path() / kAppleSiliconMonitor / "", monitors / "hwmon1");
+  HwmonKeys keys(std::make_shared<platform::DiskTree>(folder_.path().string()),
+                 {platform::SmcDriver::Kind::macsmcHwmon, "/sys/devices/smc/hwmon/hwmon1",
+                  "/sys/devices/smc"});
+  ASSERT_EQ(writeOf(keys, "F0Md", {1}).reply.result, 0);
+  ASSERT_EQ(writeOf(keys, "F0Tg", floatBytes(2500)).reply.result, 0);
+  std::filesystem::rename(monitors / "hwmon1", monitors / "hwmon6");
+  EXPECT_TRUE(keys.isPresent());
+  EXPECT_EQ(reading(keys, "TCHP"), 41.25F);
+  EXPECT_EQ(writeOf(keys, "F0Md", {0}).status, 0);
+  EXPECT_EQ(fileText(monitors / "hwmon6/fan1_target").front(), '0');
+  EXPECT_EQ(mode(keys), 0);
+}
+
+TEST_F(SyntheticKeys, DoNotWriteToAnotherChipsFan) {
+  const auto keys = newKeys();
+  ASSERT_EQ(writeOf(*keys, "F0Md", {1}).reply.result, 0);
+  folder_.write(kAppleSiliconMonitor + std::string("name"), "amdgpu\n");
+  EXPECT_EQ(writeOf(*keys, "F0Tg", floatBytes(2500)).status, kNoDevice);
+  EXPECT_EQ(writeOf(*keys, "F0Md", {0}).status, kNoDevice);
+  EXPECT_EQ(readOf(*keys, "TCHP", 4).status, kNoDevice);
+  EXPECT_EQ(target(), "1499");
+}
+
 TEST_F(SyntheticKeys, AreThereAsLongAsTheDriverIs) {
   const auto keys = newKeys();
   EXPECT_TRUE(keys->isPresent());
@@ -240,7 +269,7 @@ TEST_F(SyntheticKeys, AreThereAsLongAsTheDriverIs) {
   EXPECT_FALSE(keys->isPresent()) << "its number is another's";
   std::filesystem::remove_all(folder_.path() / "sys");
   EXPECT_FALSE(keys->isPresent());
-  EXPECT_EQ(readOf(*keys, "TCHP", 4).status, static_cast<platform::MachineStatus>(0xE00002C0));
+  EXPECT_EQ(readOf(*keys, "TCHP", 4).status, kNoDevice);
   EXPECT_EQ(keys->answer(requestOf(static_cast<platform::Command>(7), "TCHP")).reply.result, 0x82);
 }
 

@@ -5,11 +5,14 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "platform/machine/linux/DiskTree.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/unit/platform/OtherTree.h"
 
 namespace halvarin::test {
 namespace {
@@ -126,6 +129,55 @@ TEST_F(DriverTree, IsNoLongerTheDriversWhenItStatesAnotherName) {
   for (const char* other : {"amdgpu\n", "macsmc_hwmon\n", ""}) {
     folder_.write("sys/class/hwmon/hwmon2/name", other);
     EXPECT_FALSE(isStillThere(tree_, *driver)) << other;
+  }
+}
+
+/// Its files have an error for the moment.
+class FailingTree : public OtherTree {
+ public:
+  using OtherTree::OtherTree;
+  [[nodiscard]] platform::FileContent read(const std::string& path, std::size_t most) override {
+    return error == 0 ? OtherTree::read(path, most) : platform::FileContent{error, {}};
+  }
+  int error = 0;
+};
+
+TEST_F(DriverTree, IsStillTheDriversWhileItsNameCannotBeReadForWantOfResources) {
+  folder_.write("sys/class/hwmon/hwmon2/name", "applesmc\n");
+  FailingTree tree(std::make_shared<DiskTree>(folder_.path().string()));
+  const auto driver = findSmcDriver(tree);
+  ASSERT_TRUE(driver);
+  for (const int error : {EMFILE, ENFILE, ENOMEM, EINTR}) {
+    tree.error = error;
+    EXPECT_TRUE(isStillThere(tree, *driver)) << error;
+    SmcDriver now;
+    EXPECT_EQ(locate(tree, *driver, now), error) << "but nothing is written there";
+  }
+  for (const int error : {ENOENT, ENOTDIR, ENODEV}) {
+    tree.error = error;
+    EXPECT_FALSE(isStillThere(tree, *driver)) << error;
+  }
+}
+
+TEST_F(DriverTree, IsFoundUnderTheNumberThatItHasGotByBeingLoadedAgain) {
+  for (const bool isOlder : {false, true}) {
+    const std::string device = isOlder ? "sys/devices/old" : "sys/devices/new";
+    const std::string name = isOlder ? "/name" : "/hwmon/hwmon4/name";
+    const auto monitor = [&](const std::string& number) {
+      std::filesystem::create_directories(folder_.path() / device / "hwmon" / number);
+      std::filesystem::create_directory_symlink(
+          "../..", folder_.path() / device / "hwmon" / number / "device");
+    };
+    monitor("hwmon4");
+    folder_.write(device + name, "applesmc\n");
+    const SmcDriver driver{{}, "/" + device + "/hwmon/hwmon2", "/" + device};
+    SmcDriver now;
+    EXPECT_TRUE(isStillThere(tree_, driver));
+    ASSERT_EQ(locate(tree_, driver, now), 0);
+    EXPECT_EQ(now.hwmonFolder, "/" + device + "/hwmon/hwmon4");
+    EXPECT_EQ(now.deviceFolder, driver.deviceFolder);
+    folder_.write(device + name, "amdgpu\n");
+    EXPECT_EQ(locate(tree_, driver, now), ENODEV);
   }
 }
 
