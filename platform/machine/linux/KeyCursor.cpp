@@ -20,10 +20,15 @@ using std::chrono::milliseconds;
 // shows nothing, and is repeated for a watch that another may just have given back.
 constexpr int kMostPoorLooks = 3;
 constexpr microseconds kPauseStep(500);
-// Whoever does not let the lock go within this time has stopped. A look shows when it was
-// disturbed, so the lock is a courtesy that it can do without.
-constexpr int kMostLockTries = 10;
-constexpr microseconds kLockPause(500);
+// An honest holder keeps the lock for a quarter of a second at a key that the controller refuses,
+// and whoever moves the cursor meanwhile has it ask again. Whoever does not let go within this time
+// has stopped, or is somebody who may do no more than lock. A look shows when it was disturbed, so
+// the lock is a courtesy that can be done without, and is not waited for again for some seconds.
+constexpr int kMostLockTries = 300;
+constexpr milliseconds kLockPause(1);
+constexpr milliseconds kTimeWithoutLock(5000);
+// Those who wait try once in every pause, so a list of refused keys would leave them no moment.
+constexpr milliseconds kOthersTurn(5);
 
 constexpr std::size_t kMostBytes = 256;  // one more than any of these files holds
 
@@ -158,13 +163,16 @@ int KeyCursor::openFile() {
 }
 
 bool KeyCursor::lockFile() {
-  for (int tries = 0; tries < kMostLockTries; ++tries) {
-    if (file_->tryLock()) {
-      return true;
-    }
+  bool isLocked = file_->tryLock();
+  const bool isWorthWaiting = clock_->now() >= lockBackAt_;
+  for (int i = 0; !isLocked && isWorthWaiting && i < kMostLockTries; ++i) {
     clock_->sleepFor(kLockPause);
+    isLocked = file_->tryLock();
   }
-  return false;
+  if (!isLocked && isWorthWaiting) {
+    lockBackAt_ = clock_->now() + kTimeWithoutLock;
+  }
+  return isLocked;
 }
 
 /// A look through the open file; EBUSY when it may have been at another key.
@@ -175,6 +183,7 @@ int KeyCursor::lookOnce(std::uint32_t index, const std::vector<std::string_view>
   sight.isBlind = file_->witness() == CursorFile::Witness::blind;
   if (isLocked) {
     file_->unlock();
+    clock_->sleepFor(showsRefusal(sight) ? kOthersTurn : milliseconds(0));
   }
   // A driver that is loaded again has another file under this name, and a file that is opened anew
   // may have the witness that this one lacks.

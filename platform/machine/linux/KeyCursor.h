@@ -79,7 +79,9 @@ class KeyCursor {
   const std::shared_ptr<Clock> clock_;
   Mutex mutex_;
   std::unique_ptr<CursorFile> file_ HALVARIN_GUARDED_BY(mutex_);  // null: not open yet
-  bool wasInVain_ HALVARIN_GUARDED_BY(mutex_) = false;            // the last of the long waits
+  // When the lock is worth waiting for again.
+  Clock::Duration lockBackAt_ HALVARIN_GUARDED_BY(mutex_) = Clock::Duration::zero();
+  bool wasInVain_ HALVARIN_GUARDED_BY(mutex_) = false;  // the last of the long waits
 };
 
 }  // namespace halvarin::platform

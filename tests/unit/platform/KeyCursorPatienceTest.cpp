@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -79,6 +81,75 @@ TEST(BlindCursor, IsNotWaitedFor) {
     EXPECT_EQ(cursor.describe(i, facts), EBUSY);
   }
   EXPECT_LE(clock->now(), kNumberedKeys * 5ms);
+}
+
+/// Time that passes only by waiting, while somebody else does something at every wait.
+class EventfulClock : public SteppingClock {
+ public:
+  void sleepFor(Duration time) override {
+    SteppingClock::sleepFor(time);
+    event();
+  }
+  std::function<void()> event = [] {};
+};
+
+class LockedCursor : public testing::Test {
+ protected:
+  int read(std::uint32_t index) {
+    std::string bytes;
+    return cursor_.readValue(index, fourBytes(numbered(index)), bytes);
+  }
+  platform::Clock::Duration timeOfReading(std::uint32_t index) {
+    const auto before = clock_->now();
+    EXPECT_EQ(read(index), 0);
+    return clock_->now() - before;
+  }
+  static platform::RecordedMachine machine() {
+    platform::RecordedMachine keys = numberedKeys();
+    keys.keys[7] = closedKey("K007");
+    return keys;
+  }
+
+  const DriverBench bench_{machine()};
+  const std::shared_ptr<EventfulClock> clock_ = std::make_shared<EventfulClock>();
+  KeyCursor cursor_{bench_.driver(), bench_.cursorPath(), clock_};
+  int error_ = 0;
+  const std::unique_ptr<platform::CursorFile> other_ =
+      bench_.driver()->openCursor(bench_.cursorPath(), error_);
+};
+
+TEST_F(LockedCursor, IsLeftToAnotherForAsLongAsARefusedKeyTakes) {
+  ASSERT_TRUE(other_->tryLock());
+  ASSERT_EQ(other_->set("150"), 0);
+  auto witness = platform::CursorFile::Witness::blind;
+  clock_->event = [&] {
+    if (witness == platform::CursorFile::Witness::blind && clock_->now() >= 250ms) {
+      witness = other_->witness();
+      other_->unlock();
+    }
+  };
+  EXPECT_EQ(read(9), 0);
+  EXPECT_EQ(witness, platform::CursorFile::Witness::alone);
+}
+
+TEST_F(LockedCursor, IsUsedWithoutTheLockForSecondsOnceThatWasNotLetGo) {
+  ASSERT_TRUE(other_->tryLock());
+  EXPECT_LE(timeOfReading(9), 350ms);
+  EXPECT_EQ(timeOfReading(10), 0ms);
+  clock_->sleepFor(6s);
+  EXPECT_GE(timeOfReading(11), 250ms);
+  other_->unlock();
+  EXPECT_EQ(timeOfReading(12), 0ms);
+}
+
+TEST_F(LockedCursor, IsOthersTurnAfterAKeyThatWasRefused) {
+  bool wasFree = false;
+  clock_->event = [&] {
+    wasFree = wasFree || other_->tryLock();
+    other_->unlock();
+  };
+  EXPECT_EQ(read(7), EIO);
+  EXPECT_TRUE(wasFree);
 }
 
 }  // namespace
