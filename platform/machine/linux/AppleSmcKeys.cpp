@@ -226,16 +226,20 @@ void AppleSmcKeys::keepForceBits(const FourBytes& code, const std::string& bytes
 }
 
 /// Whoever sets one bit writes all, the others as they were when it read them. Another process may
-/// have handed its fan back since: that fan must not be forced again.
+/// have handed its fan back since: that fan must not be forced again. The driver does the same with
+/// every mode file that is written, so two programs must not write theirs at the same instant.
 DriverAnswer AppleSmcKeys::writeForceBits(FanFiles& fans, std::uint32_t bits) {
-  const MutexLock lock(mutex_);
-  const int error = fans.setForceBits(bits, forceBits_);
-  if (error == 0) {
-    forceBits_ = bits;
-  } else if (forceBits_) {
-    *forceBits_ |= bits;  // what failed may have been done: it is handed back if that is asked for
-  }
-  return modeAnswer(error);
+  return modeAnswer(cursor_.whileLocked([&] {
+    const MutexLock lock(mutex_);
+    const int error = fans.setForceBits(bits, forceBits_);
+    if (error == 0) {
+      forceBits_ = bits;
+    } else if (forceBits_) {
+      *forceBits_ |=
+          bits;  // what failed may have been done: it is handed back if that is asked for
+    }
+    return error;
+  }));
 }
 
 DriverAnswer AppleSmcKeys::writeFan(FanFiles& fans, const FanKeyName& name, const KeyFacts& facts,
@@ -248,7 +252,10 @@ DriverAnswer AppleSmcKeys::writeFan(FanFiles& fans, const FanKeyName& name, cons
   }
   constexpr std::uint8_t kForced = 1;
   const std::uint8_t mode = request.bytes[0];
-  return modeAnswer(mode > kForced ? EINVAL : fans.setForced(name.fan, mode == kForced));
+  if (mode > kForced) {
+    return refusal(kResultBadArgument);
+  }
+  return modeAnswer(cursor_.whileLocked([&] { return fans.setForced(name.fan, mode == kForced); }));
 }
 
 DriverAnswer AppleSmcKeys::writeSpeed(FanFiles& fans, const FanKeyName& name, const KeyFacts& facts,

@@ -114,6 +114,16 @@ int KeyCursor::readValue(std::uint32_t index, const FourBytes& code, std::string
   return data.error;
 }
 
+int KeyCursor::whileLocked(const std::function<int()>& action) {
+  const MutexLock lock(mutex_);
+  const bool isLocked = openFile() == 0 && lockFile();
+  const int error = action();
+  if (isLocked) {
+    file_->unlock();
+  }
+  return error;
+}
+
 /// Beside a rival who leaves nothing undisturbed, a list of hundreds of keys must not take minutes:
 /// after one that was waited for in vain the others are given up as soon as values are.
 int KeyCursor::visitOnce(std::uint32_t index, const std::vector<std::string_view>& facts,
@@ -183,7 +193,9 @@ int KeyCursor::lookOnce(std::uint32_t index, const std::vector<std::string_view>
   sight.isBlind = file_->witness() == CursorFile::Witness::blind;
   if (isLocked) {
     file_->unlock();
-    clock_->sleepFor(showsRefusal(sight) ? kOthersTurn : milliseconds(0));
+  }
+  if (isLocked && showsRefusal(sight)) {
+    clock_->sleepFor(kOthersTurn);
   }
   // A driver that is loaded again has another file under this name, and a file that is opened anew
   // may have the witness that this one lacks.

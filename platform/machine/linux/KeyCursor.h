@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -44,6 +45,10 @@ class KeyCursor {
   /// The value of the key that was found at this index: at most 255 bytes. EIO when the controller
   /// did not give it.
   [[nodiscard]] int readValue(std::uint32_t index, const FourBytes& code, std::string& bytes);
+
+  /// Does something that others who know of the lock must not do at the same time, and returns its
+  /// result. Done without the lock where that is not to be had. `action` does not ask the cursor.
+  [[nodiscard]] int whileLocked(const std::function<int()>& action);
 
  private:
   /// What one look at the key under the cursor has shown.
