@@ -72,6 +72,7 @@ int KeyDirectory::nameAt(std::uint32_t index, FourBytes& code) {
     const MutexLock lock(mutex_);
     names_.emplace(index, code);
     named_.emplace(number(code), index);
+    nameless_.erase(index);
   }
   return error;
 }

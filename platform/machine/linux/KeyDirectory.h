@@ -52,7 +52,7 @@ class KeyDirectory {
   Mutex mutex_;
   std::unordered_map<std::uint32_t, FourBytes> names_ HALVARIN_GUARDED_BY(mutex_);      // by index
   std::unordered_map<std::uint32_t, std::uint32_t> named_ HALVARIN_GUARDED_BY(mutex_);  // by code
-  // Indices that gave no name while one beside them did.
+  // Indices that gave no name while one beside them did, and have given none since.
   std::unordered_set<std::uint32_t> nameless_ HALVARIN_GUARDED_BY(mutex_);
   std::unordered_map<std::uint32_t, Entry> found_ HALVARIN_GUARDED_BY(mutex_);  // by code
 };

@@ -168,6 +168,17 @@ TEST_F(DirectoryWithNamelessKeys, AsksForANameOnceWhileAnotherIsGiven) {
   EXPECT_EQ(driver_->asked, asked);
 }
 
+TEST_F(DirectoryWithNamelessKeys, PassesOverAKeyNoLongerOnceItHasNamedIt) {
+  driver_->nameless = {2};
+  ASSERT_EQ(find("BATP"), 0);
+  ASSERT_EQ(find("D!!!"), EIO);
+  driver_->nameless = {};
+  FourBytes code{};
+  ASSERT_EQ(directory_.nameAt(2, code), 0);
+  EXPECT_EQ(find("FS! "), 0);
+  EXPECT_EQ(find("D!!!"), ENOKEY);
+}
+
 TEST_F(DirectoryWithNamelessKeys, AsksAgainAfterATimeWithoutAnyNames) {
   driver_->nameless = {0, 1, 2, 3, 4};
   EXPECT_EQ(find("FS! "), EIO);
