@@ -95,6 +95,14 @@ DriverAnswer AppleSmcKeys::keyInfo(const FourBytes& code) {
 }
 
 DriverAnswer AppleSmcKeys::read(const ControllerRequest& request) {
+  const DriverAnswer answer = readKey(request);
+  if (request.key == kForceBitsKey) {
+    keepForceBits(answer);
+  }
+  return answer;
+}
+
+DriverAnswer AppleSmcKeys::readKey(const ControllerRequest& request) {
   if (request.key == kCountKey) {
     return readCount(request.sizeBytes);
   }
@@ -143,7 +151,6 @@ DriverAnswer AppleSmcKeys::readEntry(const KeyDirectory::Entry& entry) {
     answered_.insert(number(entry.facts.code));
     last_ = entry;
   }
-  keepForceBits(entry.facts.code, bytes);
   DriverAnswer answer;
   std::copy(bytes.begin(), bytes.end(), answer.reply.bytes.begin());
   return answer;
@@ -218,10 +225,12 @@ DriverAnswer AppleSmcKeys::write(const ControllerRequest& request) {
              : refusal(kResultNotWritable);
 }
 
-void AppleSmcKeys::keepForceBits(const FourBytes& code, const std::string& bytes) {
-  if (code == kForceBitsKey && bytes.size() == kForceBitsBytes) {
-    const MutexLock lock(mutex_);
-    forceBits_ = static_cast<std::uint8_t>(bytes[0]) * 256U + static_cast<std::uint8_t>(bytes[1]);
+void AppleSmcKeys::keepForceBits(const DriverAnswer& answer) {
+  const MutexLock lock(mutex_);
+  if (answer.status == 0 && answer.reply.result == 0) {
+    forceBits_.read(answer.reply.bytes[0] * 256U + answer.reply.bytes[1]);
+  } else {
+    forceBits_.readFailed();
   }
 }
 
@@ -231,13 +240,8 @@ void AppleSmcKeys::keepForceBits(const FourBytes& code, const std::string& bytes
 DriverAnswer AppleSmcKeys::writeForceBits(FanFiles& fans, std::uint32_t bits) {
   return modeAnswer(cursor_.whileLocked([&] {
     const MutexLock lock(mutex_);
-    const int error = fans.setForceBits(bits, forceBits_);
-    if (error == 0) {
-      forceBits_ = bits;
-    } else if (forceBits_) {
-      *forceBits_ |=
-          bits;  // what failed may have been done: it is handed back if that is asked for
-    }
+    const int error = fans.setForceBits(bits, forceBits_.before());
+    forceBits_.written(bits);
     return error;
   }));
 }

@@ -14,6 +14,7 @@
 #include "platform/machine/linux/FileTree.h"
 #include "platform/machine/linux/KeyCursor.h"
 #include "platform/machine/linux/KeyDirectory.h"
+#include "platform/machine/linux/KnownForceBits.h"
 #include "platform/machine/linux/SmcDriver.h"
 
 namespace halvarin::platform {
@@ -32,6 +33,7 @@ class AppleSmcKeys : public DriverKeys {
   [[nodiscard]] DriverAnswer keyByIndex(std::uint32_t index) override;
   [[nodiscard]] DriverAnswer keyInfo(const FourBytes& code) override;
   [[nodiscard]] DriverAnswer read(const ControllerRequest& request) override;
+  [[nodiscard]] DriverAnswer readKey(const ControllerRequest& request);
   [[nodiscard]] DriverAnswer readCount(std::uint32_t sizeBytes);
   [[nodiscard]] DriverAnswer readEntry(const KeyDirectory::Entry& entry);
   [[nodiscard]] int readFromFanFiles(const KeyFacts& facts, std::string& bytes) const;
@@ -42,7 +44,7 @@ class AppleSmcKeys : public DriverKeys {
   [[nodiscard]] DriverAnswer writeSpeed(FanFiles& fans, const FanKeyName& name,
                                         const KeyFacts& facts, const ControllerRequest& request);
   [[nodiscard]] DriverAnswer writeForceBits(FanFiles& fans, std::uint32_t bits);
-  void keepForceBits(const FourBytes& code, const std::string& bytes);
+  void keepForceBits(const DriverAnswer& answer);
   [[nodiscard]] bool isRefused(const FourBytes& code);
   [[nodiscard]] bool anotherAnswers(const FourBytes& code);
 
@@ -55,8 +57,7 @@ class AppleSmcKeys : public DriverKeys {
   std::unordered_set<std::uint32_t> answered_ HALVARIN_GUARDED_BY(mutex_);  // by code
   // The last key that gave a value.
   std::optional<KeyDirectory::Entry> last_ HALVARIN_GUARDED_BY(mutex_);
-  // As this process last read them, with what it has written since.
-  std::optional<std::uint32_t> forceBits_ HALVARIN_GUARDED_BY(mutex_);
+  KnownForceBits forceBits_ HALVARIN_GUARDED_BY(mutex_);
 };
 
 }  // namespace halvarin::platform

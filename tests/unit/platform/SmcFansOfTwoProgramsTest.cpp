@@ -8,6 +8,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <thread>
 
@@ -67,6 +68,56 @@ TEST_F(SmcFansOfTwoPrograms, AreHandedBackThoughTheOtherKeepsTheLockForGood) {
   ASSERT_EQ(bytesOf(readOf(*program, "FS! ", 2), 2), (Bytes{0, 2}));
   EXPECT_EQ(writeOf(*program, "FS! ", {0, 0}).status, 0);
   EXPECT_THAT(bench_.driver()->writes(), ElementsAre("fan2_manual 0"));
+}
+
+TEST_F(SmcFansOfTwoPrograms, AreNotForcedAgainByAThreadWhoseProgramHasReadThemSince) {
+  const auto program = newProgram();
+  for (std::uint32_t fan = 0; fan < 2; ++fan) {
+    bench_.driver()->setForced(fan, true);
+  }
+  std::promise<void> handedBack;
+  std::promise<void> hasRead;
+  std::thread signals([&] {
+    EXPECT_EQ(bytesOf(readOf(*program, "FS! ", 2), 2), (Bytes{0, 3}));
+    hasRead.set_value();
+    handedBack.get_future().wait();
+    EXPECT_EQ(writeOf(*program, "FS! ", {0, 2}).status, 0);
+  });
+  hasRead.get_future().wait();
+  bench_.driver()->setForced(1, false);
+  EXPECT_EQ(bytesOf(readOf(*program, "FS! ", 2), 2), (Bytes{0, 1}));
+  handedBack.set_value();
+  signals.join();
+  EXPECT_THAT(bench_.driver()->writes(), ElementsAre("fan1_manual 0"));
+}
+
+TEST_F(SmcFansOfTwoPrograms, AreNotForcedAgainByAThreadThatCouldNotReadThem) {
+  const auto program = newProgram();
+  for (std::uint32_t fan = 0; fan < 2; ++fan) {
+    bench_.driver()->setForced(fan, true);
+  }
+  ASSERT_EQ(bytesOf(readOf(*program, "FS! ", 2), 2), (Bytes{0, 3}));
+  bench_.driver()->setForced(1, false);
+  std::thread([&] {
+    bench_.driver()->setSilent(true);
+    EXPECT_NE(readOf(*program, "FS! ", 2).status, 0);
+    bench_.driver()->setSilent(false);
+    EXPECT_EQ(writeOf(*program, "FS! ", {0, 2}).status, 0) << "as another thread has read them";
+  }).join();
+  EXPECT_THAT(bench_.driver()->writes(), ElementsAre("fan1_manual 0"));
+}
+
+TEST_F(SmcFansOfTwoPrograms, AreNotForcedAgainByWhatWasReadBeforeTheyWereHandedBack) {
+  const auto program = newProgram();
+  bench_.driver()->setForced(0, true);
+  bench_.driver()->setForced(1, true);
+  ASSERT_EQ(bytesOf(readOf(*program, "FS! ", 2), 2), (Bytes{0, 3}));
+  ASSERT_EQ(writeOf(*program, "FS! ", {0, 2}).status, 0);
+  bench_.driver()->setSilent(true);
+  EXPECT_NE(readOf(*program, "FS! ", 2).status, 0);
+  bench_.driver()->setSilent(false);
+  EXPECT_EQ(writeOf(*program, "FS! ", {0, 1}).status, 0) << "the last reading without fan 1";
+  EXPECT_THAT(bench_.driver()->writes(), ElementsAre("fan1_manual 0", "fan2_manual 0"));
 }
 
 }  // namespace
