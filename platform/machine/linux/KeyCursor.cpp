@@ -19,6 +19,9 @@ using std::chrono::milliseconds;
 // log, so a rival must not have it asked for 20 times. Where the system tells of no writes a look
 // shows nothing, and is repeated for a watch that another may just have given back.
 constexpr int kMostPoorLooks = 3;
+// A rival keeps it from being known as refused: whether the controller refuses it or the rival's
+// key stays open, but it need not be asked at every pass.
+constexpr milliseconds kTimeSpared(10000);
 constexpr microseconds kPauseStep(500);
 // An honest holder keeps the lock for a quarter of a second at a key that the controller refuses,
 // and whoever moves the cursor meanwhile has it ask again. Whoever does not let go within this time
@@ -101,9 +104,17 @@ int KeyCursor::describe(std::uint32_t index, KeyFacts& facts) {
 }
 
 int KeyCursor::readValue(std::uint32_t index, const FourBytes& code, std::string& bytes) {
-  Sight sight;
   const MutexLock lock(mutex_);
-  if (const int error = visit(index, {"_data"}, kForValue, sight)) {
+  const auto spared = sparedUntil_.find(index);
+  if (spared != sparedUntil_.end() && clock_->now() < spared->second) {
+    return EBUSY;
+  }
+  Sight sight;
+  const int error = visit(index, {"_data"}, kForValue, sight);
+  if (error == EBUSY && showsRefusal(sight)) {
+    sparedUntil_[index] = clock_->now() + kTimeSpared;
+  }
+  if (error != 0) {
     return error;
   }
   if (sight.name.error != 0 || codeOf(sight.name) != code) {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "base/Mutex.h"
@@ -43,7 +44,8 @@ class KeyCursor {
   [[nodiscard]] int describe(std::uint32_t index, KeyFacts& facts);
 
   /// The value of the key that was found at this index: at most 255 bytes. EIO when the controller
-  /// did not give it.
+  /// did not give it. Where it did not while somebody moved the cursor, it is EBUSY for ten seconds
+  /// without another look.
   [[nodiscard]] int readValue(std::uint32_t index, const FourBytes& code, std::string& bytes);
 
   /// Does something that others who know of the lock must not do at the same time, and returns its
@@ -84,6 +86,8 @@ class KeyCursor {
   const std::shared_ptr<Clock> clock_;
   Mutex mutex_;
   std::unique_ptr<CursorFile> file_ HALVARIN_GUARDED_BY(mutex_);  // null: not open yet
+  // By index: keys whose values a rival and the controller have kept from us.
+  std::unordered_map<std::uint32_t, Clock::Duration> sparedUntil_ HALVARIN_GUARDED_BY(mutex_);
   // When the lock is worth waiting for again.
   Clock::Duration lockBackAt_ HALVARIN_GUARDED_BY(mutex_) = Clock::Duration::zero();
   bool wasInVain_ HALVARIN_GUARDED_BY(mutex_) = false;  // the last of the long waits

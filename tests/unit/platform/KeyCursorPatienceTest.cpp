@@ -70,6 +70,52 @@ TEST_F(AwaitedCursor, IsLookedAtNoLongerThanForAValueOnceThatWasInVain) {
   EXPECT_EQ(cursor_.describe(8, facts_), 0) << "it is worth the while again";
 }
 
+/// A rival who moves the cursor away after each value, beside a key that the controller refuses.
+class RefusedKeyBesideARival : public testing::Test {
+ protected:
+  static platform::RecordedMachine machine() {
+    platform::RecordedMachine keys = numberedKeys();
+    keys.keys[7] = closedKey("K007");
+    return keys;
+  }
+  int read(std::uint32_t index) {
+    std::string bytes;
+    return cursor_.readValue(index, fourBytes(numbered(index)), bytes);
+  }
+
+  const DriverBench bench_{machine()};
+  const std::shared_ptr<SteppingClock> clock_ = std::make_shared<SteppingClock>();
+  bool isRestless_ = true;
+  KeyCursor cursor_{std::make_shared<MeddledDriver>(
+                        bench_.driver(),
+                        [this](ScriptedDriver& driver, const std::string& file, bool after) {
+                          if (isRestless_ && file == "_data" && after) {
+                            driver.moveCursor(150);
+                          }
+                        }),
+                    bench_.cursorPath(), clock_};
+};
+
+TEST_F(RefusedKeyBesideARival, IsNotAskedForAgainForTenSeconds) {
+  EXPECT_EQ(read(7), EBUSY);
+  const std::uint64_t asked = bench_.driver()->valuesRead();
+  clock_->sleepFor(9s);
+  EXPECT_EQ(read(7), EBUSY);
+  EXPECT_EQ(bench_.driver()->valuesRead(), asked);
+  isRestless_ = false;
+  EXPECT_EQ(read(9), 0) << "others are";
+  clock_->sleepFor(2s);
+  EXPECT_EQ(read(7), EIO);
+}
+
+TEST_F(RefusedKeyBesideARival, IsAskedForAgainAtOnceWhenItWasLeftAlone) {
+  isRestless_ = false;
+  EXPECT_EQ(read(7), EIO);
+  const std::uint64_t asked = bench_.driver()->valuesRead();
+  EXPECT_EQ(read(7), EIO);
+  EXPECT_EQ(bench_.driver()->valuesRead(), asked + 1);
+}
+
 TEST(BlindCursor, IsNotWaitedFor) {
   DriverScript script;
   script.isBlind = true;
