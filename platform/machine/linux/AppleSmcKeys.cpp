@@ -73,8 +73,10 @@ bool AppleSmcKeys::isPresent() {
   return status != statusOf(ENODEV) && isStillThere(*files_, driver_);
 }
 
+/// Without sight of others' writes nobody gets to know a key. Who knows them already can still hand
+/// fans back by their files.
 MachineStatus AppleSmcKeys::access() {
-  return statusOf(cursor_.mayMove());
+  return statusOf(directory_.isEmpty() ? cursor_.mayRead() : cursor_.mayMove());
 }
 
 DriverAnswer AppleSmcKeys::keyByIndex(std::uint32_t index) {

@@ -18,6 +18,9 @@ MachineStatus statusOf(int error) {
     case ENODEV:
     case ENXIO:
       return kIOReturnNoDevice;
+    case EMFILE:
+    case ENFILE:
+      return kIOReturnNoResources;
     case EBUSY:
     case EAGAIN:
       return kStatusBusy;

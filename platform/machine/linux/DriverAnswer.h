@@ -24,8 +24,8 @@ struct DriverAnswer {
   ControllerReply reply;
 };
 
-/// The platform's status for an error of the system: not privileged, no device, busy, or a transfer
-/// that failed. 0 for 0. What nobody may do this user may not do either.
+/// The platform's status for an error of the system: not privileged, no device, no resources, busy,
+/// or a transfer that failed. 0 for 0. What nobody may do this user may not do either.
 [[nodiscard]] MachineStatus statusOf(int error);
 
 [[nodiscard]] DriverAnswer failure(int error);

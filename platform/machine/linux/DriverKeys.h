@@ -15,7 +15,8 @@ class DriverKeys {
   /// Whether the driver is there now.
   [[nodiscard]] virtual bool isPresent() = 0;
 
-  /// 0 when this user may ask for keys.
+  /// 0 when this user may ask for keys. No resources when he may, and the system lacks what it
+  /// takes.
   [[nodiscard]] virtual MachineStatus access() = 0;
 
   /// Answers one of the controller's commands; another is refused.

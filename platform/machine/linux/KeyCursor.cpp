@@ -52,6 +52,8 @@ std::optional<FourBytes> typeOf(const FileContent& content) {
 
 }  // namespace
 
+// Enough to see whether the system tells of writes, also those of a rival.
+const KeyCursor::Patience KeyCursor::kForSight{kMostPoorLooks, milliseconds(500)};
 // Others hold the cursor for a millisecond or two: as long as the controller takes for a key. The
 // pauses grow, so that two who meet do not go on in step; all of these take 0.1 s together.
 const KeyCursor::Patience KeyCursor::kForValue{20, milliseconds(500)};
@@ -65,6 +67,16 @@ KeyCursor::KeyCursor(std::shared_ptr<FileTree> files, std::string path,
 int KeyCursor::mayMove() {
   const MutexLock lock(mutex_);
   return openFile();
+}
+
+int KeyCursor::mayRead() {
+  const MutexLock lock(mutex_);
+  if (const int error = openFile()) {
+    return error;
+  }
+  Sight sight;
+  const int error = visit(0, {}, kForSight, sight);
+  return error == EBUSY && sight.isBlind ? EMFILE : 0;
 }
 
 int KeyCursor::name(std::uint32_t index, FourBytes& code) {

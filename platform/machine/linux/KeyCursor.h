@@ -37,6 +37,10 @@ class KeyCursor {
   /// 0 when this process may move the cursor.
   [[nodiscard]] int mayMove();
 
+  /// 0 when it can be read through the cursor, too. EMFILE where the system does not tell of
+  /// others' writes: it gives each user a limited number of notices.
+  [[nodiscard]] int mayRead();
+
   /// The key's name alone. EINVAL for an index that the driver does not have.
   [[nodiscard]] int name(std::uint32_t index, FourBytes& code);
 
@@ -64,6 +68,7 @@ class KeyCursor {
     int looks = 0;
     Clock::Duration time;
   };
+  static const Patience kForSight;
   static const Patience kForValue;
   static const Patience kForWhatIsAskedOnce;
 

@@ -103,6 +103,11 @@ int KeyDirectory::find(const FourBytes& code, Entry& entry) {
   return ENOKEY;
 }
 
+bool KeyDirectory::isEmpty() {
+  const MutexLock lock(mutex_);
+  return found_.empty();
+}
+
 /// The key nearest to the middle, from there upwards and then downwards, that has a name.
 int KeyDirectory::nameNearMiddle(std::uint32_t low, std::uint32_t high, std::uint32_t& index,
                                  FourBytes& code) {

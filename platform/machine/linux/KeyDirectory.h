@@ -38,6 +38,9 @@ class KeyDirectory {
   /// name; EIO or EBADMSG when it may be one of those.
   [[nodiscard]] int find(const FourBytes& code, Entry& entry);
 
+  /// Whether it has found none yet.
+  [[nodiscard]] bool isEmpty();
+
  private:
   [[nodiscard]] int nameNearMiddle(std::uint32_t low, std::uint32_t high, std::uint32_t& index,
                                    FourBytes& code);

@@ -25,7 +25,8 @@ class LinuxMachine : public Machine {
                std::shared_ptr<Clock> clock);
 
   [[nodiscard]] bool hasService(std::string_view serviceClass) override;
-  /// Not privileged when this user may not ask the driver for keys.
+  /// Not privileged when this user may not ask the driver for keys; no resources when no key could
+  /// be told from another's.
   [[nodiscard]] MachineStatus open(std::uint32_t type, std::uint32_t& connection) override;
   [[nodiscard]] MachineStatus call(std::uint32_t connection, std::uint32_t selector,
                                    std::span<const std::uint8_t> request,

@@ -5,10 +5,15 @@
 #include <array>
 #include <chrono>
 #include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tests/support/CursorRival.h"
+#include "tests/support/FanMachines.h"
 #include "tests/unit/platform/DriverBench.h"
+#include "tests/unit/platform/OtherTree.h"
 
 namespace halvarin::test {
 namespace {
@@ -138,6 +143,69 @@ TEST(SmcKeysWithoutRights, AreNotPrivileged) {
   EXPECT_EQ(keys->access(), kNotPrivileged);
   EXPECT_EQ(readOf(*keys, "TC0P", 2).status, kNotPrivileged);
   EXPECT_EQ(keyAt(*keys, 0).status, kNotPrivileged);
+}
+
+/// Its cursor's witness goes blind when it is asked to.
+class DimmedDriver : public OtherTree {
+ public:
+  using OtherTree::OtherTree;
+  [[nodiscard]] std::unique_ptr<platform::CursorFile> openCursor(const std::string& path,
+                                                                 int& error) override {
+    return std::make_unique<Cursor>(OtherTree::openCursor(path, error), isBlind);
+  }
+  bool isBlind = false;
+
+ private:
+  class Cursor : public platform::CursorFile {
+   public:
+    Cursor(std::unique_ptr<platform::CursorFile> cursor, const bool& isBlind)
+        : cursor_(std::move(cursor)), isBlind_(isBlind) {}
+    [[nodiscard]] bool tryLock() override { return cursor_->tryLock(); }
+    void unlock() override { cursor_->unlock(); }
+    [[nodiscard]] int set(std::string_view text) override { return cursor_->set(text); }
+    [[nodiscard]] Witness witness() override {
+      return isBlind_ ? Witness::blind : cursor_->witness();
+    }
+
+   private:
+    const std::unique_ptr<platform::CursorFile> cursor_;
+    const bool& isBlind_;
+  };
+};
+
+TEST(SmcKeysWhereTheSystemTellsOfNoWrites, AreNotOpened) {
+  const DriverBench bench(someKeys());
+  const auto dimmed = std::make_shared<DimmedDriver>(bench.driver());
+  platform::AppleSmcKeys keys(dimmed, bench.found(), std::make_shared<platform::ScaledClock>(0));
+  constexpr auto kNoResources = static_cast<platform::MachineStatus>(0xE00002BE);
+  dimmed->isBlind = true;
+  EXPECT_TRUE(keys.isPresent());
+  EXPECT_EQ(keys.access(), kNoResources);
+  EXPECT_EQ(keyAt(keys, 0).status, platform::kStatusBusy);
+  dimmed->isBlind = false;
+  EXPECT_EQ(keys.access(), 0);
+}
+
+TEST(SmcKeysWhereTheSystemTellsOfNoWrites, LetFansBeHandedBackByThoseWhoKnowThem) {
+  const DriverBench bench(fanMachine(FanStyle::forceBits));
+  const auto dimmed = std::make_shared<DimmedDriver>(bench.driver());
+  platform::AppleSmcKeys keys(dimmed, bench.found(), std::make_shared<platform::ScaledClock>(0));
+  ASSERT_EQ(keys.access(), 0);
+  ASSERT_EQ(writeOf(keys, "FS! ", {0, 1}).status, 0);
+  dimmed->isBlind = true;
+  EXPECT_EQ(keys.access(), 0);
+  EXPECT_EQ(bytesOf(readOf(keys, "FS! ", 2), 2), (Bytes{0, 1}));
+  EXPECT_EQ(writeOf(keys, "FS! ", {0, 0}).status, 0);
+  EXPECT_EQ(bench.driver()->writes().back(), "fan1_manual 0");
+}
+
+TEST(SmcKeysBesideARival, CanBeOpened) {
+  DriverBench bench(someKeys());
+  const auto keys = bench.newKeys();
+  int error = 0;
+  const auto other = bench.driver()->openCursor(bench.cursorPath(), error);
+  ASSERT_TRUE(other->tryLock());
+  EXPECT_EQ(keys->access(), 0);
 }
 
 TEST(SmcKeysBesideARival, EndAsAnErrorWhenTheyCannotBeVerified) {

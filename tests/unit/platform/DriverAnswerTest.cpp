@@ -31,7 +31,9 @@ TEST(DriverAnswer, TellsTheSystemsErrorsInThePlatformsStatuses) {
                                          {EBUSY, 0xE00002D5},
                                          {EAGAIN, 0xE00002D5},
                                          {EIO, 0xE00002CA},
-                                         {EBADMSG, 0xE00002CA}}) {
+                                         {EBADMSG, 0xE00002CA},
+                                         {EMFILE, 0xE00002BE},
+                                         {ENFILE, 0xE00002BE}}) {
     EXPECT_EQ(platform::statusOf(row.error), status(row.status)) << row.error;
     EXPECT_EQ(platform::failure(row.error).status, status(row.status)) << row.error;
   }
