@@ -10,7 +10,8 @@ namespace halvarin::platform {
 
 /// A cursor on the disk, with the system's notices of writes as its witness. Every write of every
 /// process gives one, before the writer goes on: so a cursor that was moved away and back again
-/// does not go unseen.
+/// does not go unseen. Those of a process with a network namespace of its own do, for the kernel
+/// gives each of these a file system of its own for its devices.
 class DiskCursor : public CursorFile {
  public:
   /// Null, with the reason in `error`, when the file cannot be written.
