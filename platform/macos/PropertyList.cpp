@@ -144,10 +144,14 @@ Owned<CFTypeRef> objectOf(const Value& value) {
 }  // namespace
 
 Value parsePropertyList(const Data& bytes) {
+  CFPropertyListFormat format{};
   const Owned<CFPropertyListRef> list(
       CFPropertyListCreateWithData(kCFAllocatorDefault, cfData(bytes).get(),
-                                   kCFPropertyListMutableContainersAndLeaves, nullptr, nullptr));
-  return list ? valueOf(list.get()) : Value();
+                                   kCFPropertyListMutableContainersAndLeaves, &format, nullptr));
+  // The system reads a third format, the oldest, in which a single word is a list.
+  const bool isWanted =
+      format == kCFPropertyListXMLFormat_v1_0 || format == kCFPropertyListBinaryFormat_v1_0;
+  return list && isWanted ? valueOf(list.get()) : Value();
 }
 
 std::optional<Data> writePropertyList(const Value& value, PropertyListFormat format) {

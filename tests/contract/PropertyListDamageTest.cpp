@@ -85,7 +85,7 @@ TEST(PropertyList, DamagedBytesAreReadOrRefusedWithoutAFault) {
   }
 }
 
-TEST(PropertyList, RandomBytesAreRefusedWithoutAFault) {
+TEST(PropertyList, RandomBytesAreNoList) {
   std::mt19937 random(62);
   for (int round = 0; round < 2000; ++round) {
     std::string bytes(random() % 100, '\0');
@@ -94,7 +94,7 @@ TEST(PropertyList, RandomBytesAreRefusedWithoutAFault) {
     }
     for (const std::string_view head : {std::string_view(), std::string_view("bplist00")}) {
       const Value list = parsed(std::string(head) + bytes);
-      ASSERT_TRUE(list.isNothing() || !told(list).empty());
+      ASSERT_TRUE(list.isNothing()) << "round " << round << " reads as " << told(list);
     }
   }
 }

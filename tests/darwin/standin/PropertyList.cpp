@@ -1,5 +1,8 @@
 #include "platform/PropertyList.h"
 
+#include <algorithm>
+#include <string_view>
+
 #include "base/Array.h"
 #include "base/Dictionary.h"
 #include "tests/darwin/standin/Objects.h"
@@ -96,6 +99,36 @@ Value valueOf(CFTypeRef object) {
   }
 }
 
+/// The oldest format, of which a word and blanks alone are enough here.
+Value openStepValueOf(const Data& bytes) {
+  const std::string_view text = bytes.view();
+  const auto isBlank = [](char each) { return each == ' ' || each == '\n' || each == '\t'; };
+  const auto isOfWord = [](char each) {
+    return (each >= '0' && each <= '9') || (each >= 'A' && each <= 'Z') ||
+           (each >= 'a' && each <= 'z');
+  };
+  if (text.empty()) {
+    return {};
+  }
+  if (std::all_of(text.begin(), text.end(), isBlank)) {
+    return Dictionary::make();
+  }
+  return std::all_of(text.begin(), text.end(), isOfWord) ? Value(text) : Value();
+}
+
+struct Parsed {
+  Value value;
+  CFPropertyListFormat format;
+};
+
+Parsed parsed(const Data& bytes) {
+  if (Value value = platform::parsePropertyList(bytes); !value.isNothing()) {
+    const bool isBinary = bytes.view().starts_with("bplist");
+    return {value, isBinary ? kCFPropertyListBinaryFormat_v1_0 : kCFPropertyListXMLFormat_v1_0};
+  }
+  return {openStepValueOf(bytes), kCFPropertyListOpenStepFormat};
+}
+
 }  // namespace
 
 }  // namespace halvarin::standin
@@ -107,18 +140,20 @@ using halvarin::standin::report;
 extern "C" {
 
 CFPropertyListRef CFPropertyListCreateWithData(CFAllocatorRef /*allocator*/, CFDataRef data,
-                                               CFOptionFlags options,
-                                               CFPropertyListFormat* /*format*/,
+                                               CFOptionFlags options, CFPropertyListFormat* format,
                                                CFErrorRef* error) {
   if (options != kCFPropertyListMutableContainersAndLeaves) {
     refuse("property lists that cannot be changed");
   }
-  const halvarin::Value value = halvarin::platform::parsePropertyList(data->data);
-  if (value.isNothing()) {
+  const auto parsed = halvarin::standin::parsed(data->data);
+  if (parsed.value.isNothing()) {
     report(error, "no property list");
     return nullptr;
   }
-  return halvarin::standin::newObject(value);
+  if (format != nullptr) {
+    *format = parsed.format;
+  }
+  return halvarin::standin::newObject(parsed.value);
 }
 
 CFDataRef CFPropertyListCreateData(CFAllocatorRef /*allocator*/, CFPropertyListRef propertyList,

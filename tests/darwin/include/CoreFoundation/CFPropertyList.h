@@ -12,6 +12,7 @@ typedef enum CFPropertyListMutabilityOptions : CFOptionFlags {
 } CFPropertyListMutabilityOptions;
 
 typedef enum CFPropertyListFormat : CFIndex {
+  kCFPropertyListOpenStepFormat = 1,
   kCFPropertyListXMLFormat_v1_0 = 100,
   kCFPropertyListBinaryFormat_v1_0 = 200
 } CFPropertyListFormat;
