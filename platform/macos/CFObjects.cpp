@@ -14,6 +14,19 @@ Owned<CFStringRef> decoded(std::string_view bytes, CFStringEncoding encoding) {
       static_cast<CFIndex>(bytes.size()), encoding, static_cast<Boolean>(false)));
 }
 
+/// Appends a part of a text up to the first half of a pair, before which the system may stop; how
+/// many units it took.
+CFIndex appendUtf8(std::string& utf8, CFStringRef text, CFRange part) {
+  constexpr UInt8 kInsteadOfHalves = 0;  // stop there
+  const auto noMark = static_cast<Boolean>(false);
+  const std::size_t before = utf8.size();
+  CFIndex size = 0;
+  CFStringGetBytes(text, part, kCFStringEncodingUTF8, kInsteadOfHalves, noMark, nullptr, 0, &size);
+  utf8.resize(before + static_cast<std::size_t>(size));
+  return CFStringGetBytes(text, part, kCFStringEncodingUTF8, kInsteadOfHalves, noMark,
+                          reinterpret_cast<UInt8*>(utf8.data() + before), size, &size);
+}
+
 }  // namespace
 
 Owned<CFStringRef> cfText(std::string_view utf8) {
@@ -26,14 +39,12 @@ Owned<CFStringRef> cfTextOfAnyBytes(std::string_view bytes) {
 }
 
 std::string utf8Of(CFStringRef text) {
-  const CFRange all = CFRangeMake(0, CFStringGetLength(text));
-  constexpr UInt8 kInsteadOfHalves = '?';
-  const auto noMark = static_cast<Boolean>(false);
-  CFIndex size = 0;
-  CFStringGetBytes(text, all, kCFStringEncodingUTF8, kInsteadOfHalves, noMark, nullptr, 0, &size);
-  std::string utf8(static_cast<std::size_t>(size), '\0');
-  CFStringGetBytes(text, all, kCFStringEncodingUTF8, kInsteadOfHalves, noMark,
-                   reinterpret_cast<UInt8*>(utf8.data()), size, &size);
+  const CFIndex length = CFStringGetLength(text);
+  std::string utf8;
+  for (CFIndex place = 0; place < length; ++place) {
+    place += appendUtf8(utf8, text, CFRangeMake(place, length - place));
+    utf8 += place < length ? "?" : "";
+  }
   return utf8;
 }
 

@@ -46,11 +46,26 @@ TEST(CFObjects, BytesThatAreNotUtf8AreOneCharacterEach) {
   EXPECT_EQ(platform::utf8Of(platform::cfTextOfAnyBytes("a\u00FF").get()), "a\u00FF");
 }
 
-TEST(CFObjects, HalfACharacterIsAQuestionMark) {
-  const UniChar units[] = {'a', 0xD83C, 'b'};
-  const Owned<CFStringRef> text(
-      CFStringCreateWithCharactersNoCopy(kCFAllocatorDefault, units, 3, kCFAllocatorNull));
-  EXPECT_EQ(platform::utf8Of(text.get()), "a?b");
+TEST(CFObjects, HalfACharacterIsAQuestionMarkAndEndsNothing) {
+  constexpr std::pair<std::u16string_view, std::string_view> kRows[] = {
+      {u"a\xD83C"
+       u"b",
+       "a?b"},
+      {u"a\xDF00"
+       u"b",
+       "a?b"},
+      {u"\xD83C", "?"},
+      {u"\xD83C\xD83C\xDF00"
+       u"b\xDF00",
+       "?\U0001F300"
+       "b?"},
+  };
+  for (const auto& [units, utf8] : kRows) {
+    const Owned<CFStringRef> text(CFStringCreateWithCharactersNoCopy(
+        kCFAllocatorDefault, reinterpret_cast<const UniChar*>(units.data()),
+        static_cast<CFIndex>(units.size()), kCFAllocatorNull));
+    EXPECT_EQ(platform::utf8Of(text.get()), utf8);
+  }
 }
 
 TEST(CFObjects, DataComesBackAsItWas) {

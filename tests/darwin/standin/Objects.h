@@ -48,8 +48,8 @@ enum Type : CFTypeID {
 [[nodiscard]] CFStringRef newText(std::u16string units);
 /// Bytes that are no UTF-8 count as one character each.
 [[nodiscard]] CFStringRef newText(std::string_view utf8);
-/// Half a pair becomes `instead`.
-[[nodiscard]] std::string utf8Of(CFStringRef text, char instead = '?');
+/// Half a pair becomes "?".
+[[nodiscard]] std::string utf8Of(CFStringRef text);
 
 [[nodiscard]] CFErrorRef newError(std::string_view description);
 /// Gives an error to who asked for one.

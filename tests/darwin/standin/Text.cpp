@@ -41,6 +41,28 @@ void append(std::string& utf8, char32_t character) {
   put(0x80U | (character & 0x3FU));
 }
 
+struct Converted {
+  std::string utf8;
+  std::size_t units;  // how many of the text were converted
+};
+
+/// Stops before half a pair.
+Converted convertedUpToAHalf(std::u16string_view units) {
+  Converted converted{};
+  std::size_t& i = converted.units;
+  for (; i < units.size(); ++i) {
+    if (isHigh(units[i]) && i + 1 < units.size() && isLow(units[i + 1])) {
+      append(converted.utf8, 0x10000 + ((units[i] - 0xD800U) << 10U) + (units[i + 1] - 0xDC00U));
+      ++i;
+    } else if (isHigh(units[i]) || isLow(units[i])) {
+      break;
+    } else {
+      append(converted.utf8, units[i]);
+    }
+  }
+  return converted;
+}
+
 std::u16string latin1(std::string_view bytes) {
   std::u16string units;
   for (const char byte : bytes) {
@@ -68,18 +90,14 @@ CFStringRef constantText(std::string_view utf8) {
   return newText(utf8);
 }
 
-std::string utf8Of(CFStringRef text, char instead) {
+std::string utf8Of(CFStringRef text) {
+  const std::u16string_view units = text->text;
   std::string utf8;
-  const std::u16string& units = text->text;
-  for (std::size_t i = 0; i < units.size(); ++i) {
-    if (isHigh(units[i]) && i + 1 < units.size() && isLow(units[i + 1])) {
-      append(utf8, 0x10000 + ((units[i] - 0xD800U) << 10U) + (units[i + 1] - 0xDC00U));
-      ++i;
-    } else if (isHigh(units[i]) || isLow(units[i])) {
-      utf8.push_back(instead);
-    } else {
-      append(utf8, units[i]);
-    }
+  for (std::size_t place = 0; place < units.size(); ++place) {
+    const Converted part = convertedUpToAHalf(units.substr(place));
+    utf8 += part.utf8;
+    place += part.units;
+    utf8 += place < units.size() ? "?" : "";
   }
   return utf8;
 }
@@ -134,23 +152,31 @@ CFIndex CFStringGetLength(CFStringRef theString) {
   return static_cast<CFIndex>(theString->text.size());
 }
 
+// A text whose characters lie there as they are stops at half a pair, whatever the byte for what
+// an encoding lacks.
 CFIndex CFStringGetBytes(CFStringRef theString, CFRange range, CFStringEncoding encoding,
-                         UInt8 lossByte, Boolean /*isExternalRepresentation*/, UInt8* buffer,
+                         UInt8 /*lossByte*/, Boolean isExternalRepresentation, UInt8* buffer,
                          CFIndex maxBufLen, CFIndex* usedBufLen) {
-  if (range.location != 0 || range.length != CFStringGetLength(theString) ||
-      encoding != kCFStringEncodingUTF8 || lossByte == 0) {
-    refuse("part of a text, another encoding or one without a byte for what it lacks");
+  if (encoding != kCFStringEncodingUTF8 || isExternalRepresentation != 0) {
+    refuse("another encoding, or a mark of the byte order");
   }
-  const std::string utf8 = utf8Of(theString, static_cast<char>(lossByte));
-  const auto size = static_cast<CFIndex>(utf8.size());
+  if (range.location < 0 || range.length < 0 ||
+      range.location + range.length > CFStringGetLength(theString)) {
+    refuse("a range beyond a text");
+  }
+  const auto converted =
+      halvarin::standin::convertedUpToAHalf(std::u16string_view(theString->text)
+                                                .substr(static_cast<std::size_t>(range.location),
+                                                        static_cast<std::size_t>(range.length)));
+  const auto size = static_cast<CFIndex>(converted.utf8.size());
   if (buffer != nullptr && maxBufLen < size) {
     refuse("a buffer that is too small");
   }
   if (buffer != nullptr) {
-    std::memcpy(buffer, utf8.data(), utf8.size());
+    std::memcpy(buffer, converted.utf8.data(), converted.utf8.size());
   }
   *usedBufLen = size;
-  return range.length;
+  return static_cast<CFIndex>(converted.units);
 }
 
 void CFStringLowercase(CFMutableStringRef theString, CFLocaleRef locale) {
