@@ -23,10 +23,11 @@ LocaleOrder::LocaleOrder() : body_(std::make_unique<const Body>()) {}
 LocaleOrder::~LocaleOrder() = default;
 
 int LocaleOrder::compare(std::u16string_view a, std::u16string_view b) const {
+  constexpr CFStringCompareFlags kOptions = kCFCompareCaseInsensitive | kCFCompareNumerically |
+                                            kCFCompareForcedOrdering | kCFCompareNonliteral;
   return static_cast<int>(CFStringCompareWithOptionsAndLocale(
       borrowedText(a).get(), borrowedText(b).get(), CFRangeMake(0, static_cast<CFIndex>(a.size())),
-      kCFCompareCaseInsensitive | kCFCompareNumerically | kCFCompareForcedOrdering,
-      body_->locale.get()));
+      kOptions, body_->locale.get()));
 }
 
 }  // namespace halvarin::platform

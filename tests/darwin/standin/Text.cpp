@@ -189,7 +189,8 @@ void CFStringLowercase(CFMutableStringRef theString, CFLocaleRef locale) {
 
 CFComparisonResult CFStringCompare(CFStringRef theString1, CFStringRef theString2,
                                    CFStringCompareFlags compareOptions) {
-  if (compareOptions != (kCFCompareCaseInsensitive | kCFCompareNumerically)) {
+  if (compareOptions !=
+      (kCFCompareCaseInsensitive | kCFCompareNonliteral | kCFCompareNumerically)) {
     refuse("these options of comparing");
   }
   return halvarin::standin::resultOf(
@@ -205,8 +206,8 @@ CFComparisonResult CFStringCompareWithOptionsAndLocale(CFStringRef theString1,
                                                        CFRange rangeToCompare,
                                                        CFStringCompareFlags compareOptions,
                                                        CFLocaleRef locale) {
-  constexpr CFStringCompareFlags kKnown =
-      kCFCompareCaseInsensitive | kCFCompareNumerically | kCFCompareForcedOrdering;
+  constexpr CFStringCompareFlags kKnown = kCFCompareCaseInsensitive | kCFCompareNonliteral |
+                                          kCFCompareNumerically | kCFCompareForcedOrdering;
   if (compareOptions != kKnown || locale == nullptr || rangeToCompare.location != 0 ||
       rangeToCompare.length != CFStringGetLength(theString1)) {
     refuse("these options of comparing in a language");

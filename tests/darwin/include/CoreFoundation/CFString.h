@@ -17,6 +17,7 @@ typedef enum CFStringBuiltInEncodings : CFStringEncoding {
 typedef CFOptionFlags CFStringCompareFlags;
 enum : CFOptionFlags {
   kCFCompareCaseInsensitive = 1,
+  kCFCompareNonliteral = 16,
   kCFCompareNumerically = 64,
   kCFCompareForcedOrdering = 512
 };
