@@ -9,6 +9,7 @@ namespace halvarin::host {
 Exit exitFor(std::int32_t status) {
   switch (status) {
     case kIOReturnNotPrivileged:
+    case kIOReturnNotPermitted:
       return Exit::notPermitted;
     case kIOReturnNoDevice:
     case KERN_FAILURE:  // what a write gives when there is no service any more

@@ -13,3 +13,4 @@ typedef kern_return_t IOReturn;
 #define kIOReturnNotPrivileged iokit_common_err(0x2c1)
 #define kIOReturnBadArgument iokit_common_err(0x2c2)
 #define kIOReturnUnsupported iokit_common_err(0x2c7)
+#define kIOReturnNotPermitted iokit_common_err(0x2e2)
