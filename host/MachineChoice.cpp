@@ -182,10 +182,12 @@ std::string headingLine(const MachineHeading& heading) {
 
 void refuseWithoutController(const Options& options) {
   if (options.machine.kind == MachineOption::Kind::thisComputer) {
+    const char* const others =
+        "; --machine simulated shows a simulated one, --machine file:PATH a recorded one";
     throw ExitError(
         Exit::noMachine,
-        "this computer has no System Management Controller that can be used; "
-        "--machine simulated shows a simulated one, --machine file:PATH a recorded one");
+        std::string("this computer has no System Management Controller that can be used") +
+            (platform::machineMayBeChosen() ? others : ""));
   }
   throw ExitError(Exit::noMachine, "the machine's controller has gone away");
 }
@@ -193,8 +195,10 @@ void refuseWithoutController(const Options& options) {
 void refuseUnopened(const Options& options, std::int32_t status) {
   if (exitFor(status) == Exit::notPermitted) {
     throw ExitError(Exit::notPermitted,
-                    "the controller's keys cannot be read: not permitted; run it as root, or let "
-                    "others use the controller (docs/platforms.md says how)");
+                    std::string("the controller's keys cannot be read: not permitted; run it as ") +
+                        (platform::machineMayBeChosen()
+                             ? "root, or let others use the controller (docs/platforms.md says how)"
+                             : "root and outside a sandbox"));
   }
   refuseWithoutController(options);
 }

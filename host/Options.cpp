@@ -11,6 +11,7 @@
 #include "base/LikePattern.h"
 #include "base/NumberText.h"
 #include "host/Exit.h"
+#include "platform/machine/CurrentMachine.h"
 #include "sensors/SensorCategory.h"
 
 namespace halvarin::host {
@@ -125,7 +126,10 @@ void checkSimulation(const Options& options) {
       options.latency.count() > 0 || !options.faults.empty() || !options.journalPath.empty();
   if ((simulates || options.clockFactor != 1) &&
       options.machine.kind == MachineOption::Kind::thisComputer) {
-    refuse("--latency, --clock, --fault and --journal need --machine simulated or file:PATH");
+    refuse(std::string("--latency, --clock, --fault and --journal need ") +
+           (platform::machineMayBeChosen() ? "--machine simulated or file:PATH"
+                                           : "a simulated machine, and here the program works on "
+                                             "this computer alone"));
   }
   if (simulates && options.machine.kind == MachineOption::Kind::socket) {
     refuse(
@@ -195,10 +199,14 @@ Options understood(Options options, const RawOptions& raw) {
   return options;
 }
 
-void addGlobalOptions(CLI::App& app, Options& options, RawOptions& raw) {
+/// Every option that goes with another machine than this computer is understood everywhere and
+/// named to people where there can be one.
+void addMachineOptions(CLI::App& app, RawOptions& raw) {
+  const bool mayBeChosen = platform::machineMayBeChosen();
   app.add_option("--machine", raw.machine,
-                 "this (default), simulated[:MODEL], file:PATH (a recorded machine) or socket:PATH "
-                 "(a machine that another process serves)");
+                 mayBeChosen ? "this (default), simulated[:MODEL], file:PATH (a recorded machine) "
+                               "or socket:PATH (a machine that another process serves)"
+                             : "this (default): here the program works on this computer alone");
   app.add_option("--latency", raw.latency,
                  "simulated machines: time a transfer takes, as in 100us");
   app.add_option("--clock", raw.clockFactor,
@@ -209,6 +217,14 @@ void addGlobalOptions(CLI::App& app, Options& options, RawOptions& raw) {
       ->allow_extra_args(false);
   app.add_option("--journal", raw.journal,
                  "simulated machines: write every call that the machine gets to a file");
+  for (const char* name : {"--latency", "--clock", "--fault", "--journal"}) {
+    CLI::Option* const option = app.get_option(name);
+    option->group(mayBeChosen ? option->get_group() : "");  // none: not shown
+  }
+}
+
+void addGlobalOptions(CLI::App& app, Options& options, RawOptions& raw) {
+  addMachineOptions(app, raw);
   app.add_flag("--json", options.json, "the overview as one JSON value");
   app.add_flag("--verbose", options.verbose, "show all log lines");
   app.add_flag_callback(

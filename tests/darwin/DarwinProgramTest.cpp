@@ -18,6 +18,7 @@ namespace {
 
 using nlohmann::json;
 using testing::HasSubstr;
+using testing::Not;
 
 /// The program on a Mac that is the machine of one of our files.
 ProgramRun darwinRun(const std::string& machine, const std::vector<std::string>& words) {
@@ -103,6 +104,40 @@ TEST(DarwinProgram, ComputerWithoutAControllerIsToldAndExitsWith3) {
   const ProgramRun run = runProgram(HALVARIN_DARWIN, {"sensors"});
   EXPECT_EQ(run.exit, 3);
   EXPECT_THAT(run.err, HasSubstr("no System Management Controller"));
+}
+
+TEST(DarwinProgram, AdvisesNoMachineThatItWouldRefuse) {
+  EXPECT_THAT(runProgram(HALVARIN_DARWIN, {"sensors"}).err, Not(HasSubstr("--machine")));
+  const ProgramRun help = runProgram(HALVARIN_DARWIN, {"--help"});
+  EXPECT_EQ(help.exit, 0);
+  EXPECT_THAT(help.out, HasSubstr("this computer alone"));
+  for (const char* absent : {"simulated", "file:", "socket:", "--latency", "--fault"}) {
+    EXPECT_THAT(help.out, Not(HasSubstr(absent)));
+  }
+  const ProgramRun fault = runProgram(HALVARIN_DARWIN, {"--fault", "vanish:1", "sensors"});
+  EXPECT_EQ(fault.exit, 2);
+  EXPECT_THAT(fault.err, HasSubstr("this computer alone"));
+  EXPECT_THAT(fault.err, Not(HasSubstr("--machine")));
+}
+
+/// The program where the controller is there and opening it is refused.
+ProgramRun refusedRun(const char* status, const std::vector<std::string>& words) {
+  setenv("HALVARIN_STAND_IN_REFUSAL", status, 1);
+  return runProgram(HALVARIN_DARWIN, words);
+}
+
+// Users get the first, processes without the right or in a sandbox the second.
+TEST(DarwinProgram, ControllerThatMayNotBeOpenedIsToldAndExitsWith5) {
+  for (const char* status : {"e00002c1", "e00002e2"}) {
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"sensors"}, std::vector<std::string>{"keys", "--dump"}}) {
+      SCOPED_TRACE(status + (" " + words.front()));
+      const ProgramRun run = refusedRun(status, words);
+      EXPECT_EQ(run.exit, 5);
+      EXPECT_THAT(run.err, HasSubstr("not permitted"));
+      EXPECT_THAT(run.err, Not(HasSubstr("docs/")));
+    }
+  }
 }
 
 }  // namespace
