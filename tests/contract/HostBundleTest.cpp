@@ -1,5 +1,6 @@
 #include "platform/posix/HostBundle.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -17,8 +18,11 @@ TEST(HostBundle, AProgramWithoutABundleHasNoAuxiliaryExecutable) {
 }
 
 TEST(HostBundle, KnowsTheFileThatThisProcessRuns) {
+  static const char inThisFile = 0;
+  Dl_info image{};
+  ASSERT_NE(::dladdr(&inThisFile, &image), 0);
   const std::string path = platform::ownExecutablePath();
-  EXPECT_TRUE(std::filesystem::equivalent(path, "/proc/self/exe")) << path;
+  EXPECT_TRUE(std::filesystem::equivalent(path, image.dli_fname)) << path;
 }
 
 TEST(HostBundle, ATextThatItHasNoTranslationOfStaysAsItIs) {

@@ -2,8 +2,9 @@
 """Configures the project as for macOS and checks that whatever is linked there gets every framework
 whose names its own objects use: a library's frameworks do not serve the programs that link it.
 
-check-frameworks.py SOURCE SCRATCH CLANG OBJECT...
-The objects are those that were compiled here against the declarations of the system's calls."""
+check-frameworks.py SOURCE SCRATCH CLANG GTEST OBJECT...
+GTEST is where GoogleTest's CMake package lies. The objects are those that were compiled here against
+the declarations of the system's calls."""
 
 import re
 import shutil
@@ -18,17 +19,17 @@ FRAMEWORK_OF_NAME = {
 }
 FRAMEWORK_OF_INCLUDE = re.compile(r"^\s*#\s*(?:import|include) <(\w+)/\w+\.h>", re.M)
 FRAMEWORKS = {*FRAMEWORK_OF_NAME, "AppKit", "Foundation"}
-LINKED = re.compile(r"^build (\S+): (?:\w+_LINKER__)(\S+) ([^|\n]*)(?:.*\n)(?:  .*\n)*", re.M)
-MUST_BE_LINKED = {"halvarin", "halvarin-program", "halvarin-pack"}
+LINKED = re.compile(r"^build [^:\n]*: \w+_LINKER__(\S+) ([^|\n]*).*\n(?:  .*\n)*", re.M)
+MUST_BE_LINKED = {"halvarin", "halvarin-program", "halvarin-pack", "contract_macos"}
 
 
-def configured(source, scratch, clang):
+def configured(source, scratch, clang, gtest):
     """The build file that CMake makes for macOS; nothing of it can be linked here."""
     shutil.rmtree(scratch, ignore_errors=True)
     languages = ("C", "CXX", "OBJCXX")
     subprocess.run(
         ["cmake", "-S", source, "-B", scratch, "-G", "Ninja", "-DCMAKE_SYSTEM_NAME=Darwin",
-         "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_INSTALL_NAME_TOOL=unused",
+         "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_INSTALL_NAME_TOOL=unused", "-DHALVARIN_TESTS=ON", f"-DGTest_DIR={gtest}",
          *(f"-DCMAKE_{each}_COMPILER={clang}" for each in languages),
          *(f"-DCMAKE_{each}_COMPILER_WORKS=ON" for each in languages)],
         check=True, stdout=subprocess.DEVNULL)
@@ -67,10 +68,10 @@ def needed(source, top, compiled):
 def faults(ninja, top, compiled):
     linked = set()
     for rule in LINKED.finditer(ninja):
-        target = rule.group(2).rsplit("_", 1)[0]
+        target = rule.group(1).rsplit("_", 1)[0]
         linked.add(target)
         given = set(re.findall(r"-framework (\w+)", rule.group(0)))
-        for source in map(source_of, re.findall(r"\S+\.o(?=\s)", rule.group(3))):
+        for source in map(source_of, re.findall(r"\S+\.o(?=\s)", rule.group(2))):
             for framework, name in needed(source, top, compiled).items():
                 if framework not in given:
                     yield f"{target}: {source} uses {name} without -framework {framework}"
@@ -79,8 +80,8 @@ def faults(ninja, top, compiled):
 
 
 def main():
-    source, scratch, clang, *objects = sys.argv[1:]
-    ninja = configured(source, scratch, clang)
+    source, scratch, clang, gtest, *objects = sys.argv[1:]
+    ninja = configured(source, scratch, clang, gtest)
     found = list(faults(ninja, Path(source), undefined_names(objects)))
     print("\n".join(found) if found else "frameworks: fine")
     return 1 if found else 0
