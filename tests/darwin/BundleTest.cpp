@@ -1,39 +1,28 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <string>
 
 #include "platform/HostServices.h"
-#include "tests/support/SocketFolder.h"
+#include "tests/darwin/StandInBundle.h"
 
 namespace halvarin::test {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// A main bundle with an executable and German for two texts.
 class BundleOfMacOS : public testing::Test {
  protected:
-  BundleOfMacOS() {
-    std::ofstream(folder_.path("helper")) << "#!/bin/sh\n";
-    fs::permissions(folder_.path("helper"), fs::perms::owner_all);
-    std::ofstream(folder_.path("strings.plist"))
-        << "<plist version=\"1.0\"><dict><key>Warning!</key><string>Warnung!</string>"
-           "<key>Left</key><string>L\u00FCfter links</string></dict></plist>";
-    setenv("HALVARIN_STAND_IN_BUNDLE", folder_.path("").c_str(), 1);
-  }
   ~BundleOfMacOS() override { platform::setTextTranslator(nullptr); }
 
-  SocketFolder folder_;
+  const StandInBundle bundle_;
 };
 
 TEST_F(BundleOfMacOS, HasAnAuxiliaryExecutable) {
   const auto path = platform::auxiliaryExecutablePath("helper");
   ASSERT_TRUE(path.has_value());
-  EXPECT_TRUE(fs::equivalent(*path, folder_.path("helper")));
+  EXPECT_TRUE(fs::equivalent(*path, bundle_.path("helper")));
   EXPECT_EQ(platform::auxiliaryExecutablePath("another"), std::nullopt);
 }
 

@@ -2,18 +2,27 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 
 #include "base/Dictionary.h"
 #include "platform/Cipher.h"
+#include "platform/Clock.h"
+#include "platform/HostServices.h"
 #include "platform/LocaleOrder.h"
 #include "platform/PowerSource.h"
+#include "platform/Queue.h"
 #include "platform/TextCase.h"
 #include "platform/TextOrder.h"
+#include "platform/machine/BareComputer.h"
+#include "platform/machine/CurrentMachine.h"
+#include "platform/posix/HostBundle.h"
 #include "tests/contract/PropertyListSamples.h"
 #include "tests/darwin/StandIn.h"
+#include "tests/darwin/StandInBundle.h"
 
 namespace halvarin::test {
 namespace {
@@ -98,13 +107,54 @@ void useEveryBody() {
   EXPECT_LT(platform::LocaleOrder().compare(u"Fan 9", u"fan 10"), 0);
   EXPECT_LT(platform::compareNumericCaseInsensitive("Fan 9", "fan 10"), 0);
   EXPECT_EQ(platform::lowercased("L\u00DCFTER\xFF"), "l\u00FCfter\xFF");
-  EXPECT_EQ(platform::providingPowerSourceType(), "");
+  EXPECT_EQ(platform::providingPowerSourceType(), "AC Power");
+  EXPECT_TRUE(platform::auxiliaryExecutablePath("helper").has_value());
+  EXPECT_FALSE(platform::auxiliaryExecutablePath("another").has_value());
+  EXPECT_EQ(platform::bundleText("Warning!"), "Warnung!");
+  EXPECT_EQ(platform::bundleText("OK"), "OK");
 }
 
+class MachineOnMains : public platform::BareComputer {
+ public:
+  [[nodiscard]] std::string powerSource() override { return "AC Power"; }
+};
+
 TEST(CFObjects, NoBodyKeepsAnObjectThatItMade) {
+  const StandInBundle bundle;
+  platform::setMachine(std::make_shared<MachineOnMains>());
   useEveryBody();
   const long before = halvarinStandInObjects();
   useEveryBody();
+  EXPECT_EQ(halvarinStandInObjects(), before);
+}
+
+void useEveryBodyOfDispatch() {
+  const platform::Queue serial("serial", platform::Queue::Kind::serial);
+  const platform::Queue concurrent("concurrent", platform::Queue::Kind::concurrent);
+  const platform::Group group;
+  const platform::Semaphore done(1);
+  for (const platform::Queue& queue : {serial, concurrent}) {
+    queue.async(group, [] {});
+    queue.async([done] { done.signal(); });
+    queue.sync([] {});
+  }
+  group.enter();
+  group.leave();
+  group.notify(serial, [done] { done.signal(); });
+  for (int i = 0; i < 4; ++i) {  // the one that it began with, two of the queues and the group's
+    done.wait();
+  }
+  EXPECT_TRUE(group.wait(std::chrono::seconds(1)));
+  EXPECT_FALSE(done.wait(std::chrono::milliseconds(1)));
+}
+
+// Work may still hold what it used when its effect is seen.
+TEST(DispatchObjects, AreReleasedWithTheLastHandleAndTheWorkThatUsesThem) {
+  const long before = halvarinStandInObjects();
+  useEveryBodyOfDispatch();
+  for (int i = 0; i < 1000 && halvarinStandInObjects() != before; ++i) {
+    platform::ScaledClock().sleepFor(std::chrono::milliseconds(1));
+  }
   EXPECT_EQ(halvarinStandInObjects(), before);
 }
 

@@ -1,24 +1,12 @@
 // Tests that choose a machine meet it behind the stand-in's calls.
 
-#include <atomic>
-
 #include "platform/machine/CurrentMachine.h"
 #include "tests/darwin/StandIn.h"
 
 namespace halvarin {
 
-namespace {
-
-std::atomic<bool> choiceIsOpen{true};
-
-}  // namespace
-
-void test::closeMachineChoice() {
-  choiceIsOpen = false;
-}
-
 bool platform::machineMayBeChosen() {
-  return choiceIsOpen;
+  return true;
 }
 
 std::shared_ptr<platform::Machine> test::machineBehindTheSystem() {

@@ -36,6 +36,8 @@ TEST(MainQueue, PerformsWorkOfTheMainThreadInItsOrder) {
   });
   EXPECT_EQ(journal, "");
   runMainLoop();
+  EXPECT_EQ(journal, "12");
+  runMainLoop();
   EXPECT_EQ(journal, "123");
   MainThread::perform([&] { journal += "4"; });
   runMainLoop();

@@ -13,11 +13,7 @@ namespace halvarin::test {
 /// own.
 [[nodiscard]] HALVARIN_EXPORT std::shared_ptr<platform::Machine> machineBehindTheSystem();
 
-/// From now on no machine may be chosen in this process, as on macOS. In programs whose tests may
-/// choose one until then.
-void closeMachineChoice();
-
 }  // namespace halvarin::test
 
-/// How many objects of Core Foundation the process holds.
+/// How many objects of Core Foundation and of Dispatch the process holds.
 extern "C" HALVARIN_EXPORT long halvarinStandInObjects();

@@ -23,8 +23,8 @@ namespace {
 
 // What a pointer of Dispatch points to here; nobody else looks into one.
 struct Counted {
-  Counted() = default;
-  virtual ~Counted() = default;
+  Counted() { ++halvarin::standin::Object::living; }
+  virtual ~Counted() { --halvarin::standin::Object::living; }
   Counted(const Counted&) = delete;
   Counted& operator=(const Counted&) = delete;
   std::atomic<int> count{1};
@@ -59,16 +59,16 @@ struct MainQueue {
     const std::lock_guard lock(mutex);
     items.emplace_back(work, context);
   }
-  bool performNext() {
-    std::unique_lock lock(mutex);
-    if (items.empty()) {
-      return false;
+  /// One pass of the main loop: what is added meanwhile waits for the next.
+  void performWaiting() {
+    std::deque<Item> taken;
+    {
+      const std::lock_guard lock(mutex);
+      taken.swap(items);
     }
-    const Item item = items.front();
-    items.pop_front();
-    lock.unlock();
-    item.first(item.second);
-    return true;
+    for (const auto& [work, context] : taken) {
+      work(context);
+    }
   }
   std::mutex mutex;
   std::deque<Item> items;
@@ -200,8 +200,7 @@ CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds
   if (mode != kCFRunLoopDefaultMode || seconds != 0 || returnAfterSourceHandled != 0) {
     refuse("a main loop that waits");
   }
-  while (mainQueue().performNext()) {
-  }
+  mainQueue().performWaiting();
   return kCFRunLoopRunTimedOut;
 }
 

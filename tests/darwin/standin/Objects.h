@@ -26,7 +26,7 @@ struct Object {
   const CFTypeID type;
   mutable std::atomic<CFIndex> count{1};
 
-  static std::atomic<long> living;
+  static std::atomic<long> living;  // those of Dispatch too
 };
 
 enum Type : CFTypeID {

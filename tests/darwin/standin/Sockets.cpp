@@ -1,9 +1,12 @@
-// The one option of sockets that this computer lacks: it tells by each call whether sending may end
-// in a signal.
+// What macOS's sockets do and this computer's do not: an option says whether sending may end in a
+// signal, which is told by each call here; and a socket that was accepted never waits when the
+// listening one does not.
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <mutex>
 #include <unordered_set>
@@ -15,6 +18,10 @@ class QuietSockets {
   void add(int socket) {
     const std::lock_guard lock(mutex_);
     sockets_.insert(socket);
+  }
+  void remove(int socket) {
+    const std::lock_guard lock(mutex_);
+    sockets_.erase(socket);
   }
   bool has(int socket) {
     const std::lock_guard lock(mutex_);
@@ -31,13 +38,34 @@ QuietSockets& quietSockets() {
   return *sockets;
 }
 
+template <typename Call>
+Call systemsOwn(const char* name) {
+  return reinterpret_cast<Call>(dlsym(RTLD_NEXT, name));
+}
+
 }  // namespace
 
 extern "C" {
 
+// The number is free for another socket from the call on.
+int close(int descriptor) {
+  static const auto systems = systemsOwn<int (*)(int)>("close");
+  quietSockets().remove(descriptor);
+  return systems(descriptor);
+}
+
+int accept(int socket, sockaddr* address, socklen_t* size) {
+  static const auto systems = systemsOwn<int (*)(int, sockaddr*, socklen_t*)>("accept");
+  const int accepted = systems(socket, address, size);
+  if (accepted >= 0 && (::fcntl(socket, F_GETFL) & O_NONBLOCK) != 0) {
+    ::fcntl(accepted, F_SETFL, ::fcntl(accepted, F_GETFL) | O_NONBLOCK);
+  }
+  return accepted;
+}
+
 int setsockopt(int socket, int level, int option, const void* value, socklen_t size) noexcept {
   using Call = int (*)(int, int, int, const void*, socklen_t);
-  static const auto systems = reinterpret_cast<Call>(dlsym(RTLD_NEXT, "setsockopt"));
+  static const auto systems = systemsOwn<Call>("setsockopt");
   if (level == SOL_SOCKET && option == SO_NOSIGPIPE) {
     quietSockets().add(socket);
     return 0;
@@ -46,8 +74,7 @@ int setsockopt(int socket, int level, int option, const void* value, socklen_t s
 }
 
 ssize_t send(int socket, const void* bytes, size_t size, int flags) {
-  using Call = ssize_t (*)(int, const void*, size_t, int);
-  static const auto systems = reinterpret_cast<Call>(dlsym(RTLD_NEXT, "send"));
+  static const auto systems = systemsOwn<ssize_t (*)(int, const void*, size_t, int)>("send");
   return systems(socket, bytes, size, quietSockets().has(socket) ? flags | MSG_NOSIGNAL : flags);
 }
 
