@@ -26,6 +26,6 @@ struct Point {
 };
 typedef struct Point Point;
 
-#if !defined(nil) && !defined(__OBJC__)
+#ifndef nil
 #define nil nullptr
 #endif

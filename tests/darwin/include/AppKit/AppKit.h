@@ -6,13 +6,22 @@
 
 typedef NSInteger NSModalResponse;
 
-@interface NSWindow : NSObject
+@interface NSResponder : NSObject
 @end
 
-@interface NSButton : NSObject
+@interface NSView : NSResponder
 @end
 
-@interface NSApplication : NSObject
+@interface NSControl : NSView
+@end
+
+@interface NSButton : NSControl
+@end
+
+@interface NSWindow : NSResponder
+@end
+
+@interface NSApplication : NSResponder
 @property(readonly, weak) NSWindow* mainWindow;
 @end
 

@@ -7,9 +7,12 @@
 extern "C" {
 #endif
 
-typedef enum CFPropertyListMutabilityOptions : CFOptionFlags {
+typedef CFOptionFlags CFPropertyListMutabilityOptions;
+enum : CFOptionFlags {
+  kCFPropertyListImmutable = 0,
+  kCFPropertyListMutableContainers = 1 << 0,
   kCFPropertyListMutableContainersAndLeaves = 1 << 1
-} CFPropertyListMutabilityOptions;
+};
 
 typedef enum CFPropertyListFormat : CFIndex {
   kCFPropertyListOpenStepFormat = 1,

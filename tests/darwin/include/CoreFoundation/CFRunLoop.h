@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CoreFoundation/CFBase.h>
+#include <CoreFoundation/CFDate.h>
 
 #ifdef __cplusplus
 extern "C" {

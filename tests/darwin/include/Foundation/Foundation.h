@@ -7,13 +7,13 @@ typedef signed long NSInteger;
 typedef NSUInteger NSStringEncoding;
 enum : NSStringEncoding { NSUTF8StringEncoding = 4, NSISOLatin1StringEncoding = 5 };
 
-__attribute__((objc_root_class))
-@interface NSObject
-+ (instancetype)alloc;
-- (instancetype)init;
+@protocol NSObject
 @end
 
-@protocol NSObject
+__attribute__((objc_root_class))
+@interface NSObject<NSObject>
++ (instancetype)alloc;
+- (instancetype)init;
 @end
 
 @interface NSString : NSObject
@@ -40,5 +40,5 @@ typedef NSString* NSNotificationName;
 extern "C" void NSLog(NSString* format, ...) __attribute__((format(__NSString__, 1, 2)));
 
 #ifndef nil
-#define nil __null
+#define nil nullptr
 #endif
