@@ -5,7 +5,9 @@
 #include <string_view>
 
 // Memory, here and in every Objective-C++ file: automatic reference counting (-fobjc-arc). Objects
-// are never retained or released by hand.
+// are never retained or released by hand. What calls Foundation does so inside a pool of its own
+// (@autoreleasepool): the threads that come here need not have one, and what Foundation leaves to a
+// pool would stay for good.
 
 namespace halvarin::platform {
 

@@ -14,16 +14,18 @@ namespace {
 
 /// On the main thread.
 void showSheet(const Alert& alert) {
-  NSWindow* const window = NSApp.mainWindow;
-  if (window == nil) {
-    systemLog(alertLine(alert));
-    return;
+  @autoreleasepool {
+    NSWindow* const window = NSApp.mainWindow;
+    if (window == nil) {
+      systemLog(alertLine(alert));
+      return;
+    }
+    NSAlert* const sheet = [[NSAlert alloc] init];
+    sheet.messageText = foundationText(alert.messageText);
+    sheet.informativeText = foundationText(alert.informativeText);
+    [sheet addButtonWithTitle:foundationText(alert.defaultButton)];
+    [sheet beginSheetModalForWindow:window completionHandler:nil];
   }
-  NSAlert* const sheet = [[NSAlert alloc] init];
-  sheet.messageText = foundationText(alert.messageText);
-  sheet.informativeText = foundationText(alert.informativeText);
-  [sheet addButtonWithTitle:foundationText(alert.defaultButton)];
-  [sheet beginSheetModalForWindow:window completionHandler:nil];
 }
 
 }  // namespace
@@ -37,16 +39,18 @@ void showAlertOfApplication(const Alert& alert) {
 }
 
 void forwardApplicationEnd() {
-  // The observer is kept for the life of the process: the end comes once, and last.
-  static const id observer = [NSNotificationCenter.defaultCenter
-      addObserverForName:NSApplicationWillTerminateNotification
-                  object:nil
-                   queue:nil
-              usingBlock:^(NSNotification*) {
-                NotificationCenter::defaultCenter().post(
-                    {std::string(kApplicationWillTerminate), nullptr, nullptr});
-              }];
-  static_cast<void>(observer);
+  @autoreleasepool {
+    // The observer is kept for the life of the process: the end comes once, and last.
+    static const id observer = [NSNotificationCenter.defaultCenter
+        addObserverForName:NSApplicationWillTerminateNotification
+                    object:nil
+                     queue:nil
+                usingBlock:^(NSNotification*) {
+                  NotificationCenter::defaultCenter().post(
+                      {std::string(kApplicationWillTerminate), nullptr, nullptr});
+                }];
+    static_cast<void>(observer);
+  }
 }
 
 }  // namespace halvarin::platform

@@ -5,7 +5,9 @@
 namespace halvarin::platform {
 
 void writeSystemLogLine(std::string_view line) {
-  NSLog(@"%@", foundationText(line));
+  @autoreleasepool {
+    NSLog(@"%@", foundationText(line));
+  }
 }
 
 }  // namespace halvarin::platform
