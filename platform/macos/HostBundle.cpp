@@ -19,8 +19,10 @@ constexpr std::size_t kMostPathBytes = 4096;  // more than the system's own limi
 }  // namespace
 
 std::optional<std::string> auxiliaryExecutablePath(std::string_view name) {
+  const CFBundleRef bundle = CFBundleGetMainBundle();  // null where the system finds none
   const Owned<CFURLRef> place(
-      CFBundleCopyAuxiliaryExecutableURL(CFBundleGetMainBundle(), cfTextOfAnyBytes(name).get()));
+      bundle != nullptr ? CFBundleCopyAuxiliaryExecutableURL(bundle, cfTextOfAnyBytes(name).get())
+                        : nullptr);
   std::array<UInt8, kMostPathBytes> path{};
   if (!place || CFURLGetFileSystemRepresentation(place.get(), static_cast<Boolean>(true),
                                                  path.data(), kMostPathBytes) == 0) {
@@ -41,10 +43,11 @@ std::string ownExecutablePath() {
 }
 
 std::string bundleText(std::string_view text) {
+  const CFBundleRef bundle = CFBundleGetMainBundle();
   const Owned<CFStringRef> key = cfText(text);
   const Owned<CFStringRef> translation(
-      key ? CFBundleCopyLocalizedString(CFBundleGetMainBundle(), key.get(), nullptr, nullptr)
-          : nullptr);
+      key && bundle != nullptr ? CFBundleCopyLocalizedString(bundle, key.get(), nullptr, nullptr)
+                               : nullptr);
   return translation ? utf8Of(translation.get()) : std::string(text);
 }
 

@@ -126,7 +126,8 @@ void Queue::async(const Group& group, std::function<void()> work) const {
 }
 
 void Queue::sync(const std::function<void()>& work) const {
-  dispatch_sync_f(body_->queue(), contextOf(work), &performWork);
+  const auto body = body_;  // as in async; Dispatch itself keeps no queue for who waits
+  dispatch_sync_f(body->queue(), contextOf(work), &performWork);
 }
 
 const std::string& Queue::label() const {

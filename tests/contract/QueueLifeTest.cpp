@@ -126,6 +126,18 @@ TEST(QueueLife, ManyQueuesMayComeAndGo) {
   EXPECT_EQ(done, 500);
 }
 
+TEST(QueueLife, WorkThatIsWaitedForMayDropTheLastHandle) {
+  for (const Queue::Kind kind : {Queue::Kind::serial, Queue::Kind::concurrent}) {
+    auto queue = std::make_unique<Queue>("dropped", kind);
+    bool done = false;
+    queue->sync([&] {
+      queue.reset();
+      done = true;
+    });
+    EXPECT_TRUE(done);
+  }
+}
+
 TEST(QueueLife, WithoutAnyThreadTheCallerDoesTheWorkInOrder) {
   for (const Queue::Kind kind : kKinds) {
     const ThreadShortage shortage;

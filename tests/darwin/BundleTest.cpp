@@ -36,6 +36,12 @@ TEST_F(BundleOfMacOS, TranslatesForThePersonAtTheComputer) {
   EXPECT_EQ(platform::localizedText("OK"), "OK");
 }
 
+TEST(NoBundleOfMacOS, HasNeitherExecutablesNorTranslations) {
+  setenv("HALVARIN_STAND_IN_BUNDLE", "", 1);
+  EXPECT_EQ(platform::auxiliaryExecutablePath("helper"), std::nullopt);
+  EXPECT_EQ(platform::localizedText("Warning!"), "Warning!");
+}
+
 TEST_F(BundleOfMacOS, TheHostsTranslatorComesFirst) {
   platform::setTextTranslator([](std::string_view text) {
     return text == "Warning!" ? std::optional<std::string>("Attention !") : std::nullopt;

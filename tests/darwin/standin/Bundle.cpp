@@ -36,24 +36,33 @@ halvarin::Value translationOf(const std::string& text) {
   return strings ? strings->get(text) : halvarin::Value();
 }
 
+void checkBundle(CFBundleRef bundle) {
+  if (bundle == nullptr) {
+    refuse("a null bundle");
+  }
+}
+
 }  // namespace
 
 extern "C" {
 
+// None where that name is empty.
 CFBundleRef CFBundleGetMainBundle() {
   static char bundle = 0;
-  return reinterpret_cast<CFBundleRef>(&bundle);
+  return fileOfBundle("") != "/" ? reinterpret_cast<CFBundleRef>(&bundle) : nullptr;
 }
 
-CFURLRef CFBundleCopyAuxiliaryExecutableURL(CFBundleRef /*bundle*/, CFStringRef executableName) {
+CFURLRef CFBundleCopyAuxiliaryExecutableURL(CFBundleRef bundle, CFStringRef executableName) {
+  checkBundle(bundle);
   const std::string name = utf8Of(executableName);
   const bool isName = !name.empty() && name.find('/') == std::string::npos;
   std::string path = isName ? fileOfBundle(name) : "";
   return ::access(path.c_str(), X_OK) == 0 ? new __CFURL(std::move(path)) : nullptr;
 }
 
-CFStringRef CFBundleCopyLocalizedString(CFBundleRef /*bundle*/, CFStringRef key, CFStringRef value,
+CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
                                         CFStringRef tableName) {
+  checkBundle(bundle);
   if (value != nullptr || tableName != nullptr) {
     refuse("other tables of a bundle's strings");
   }

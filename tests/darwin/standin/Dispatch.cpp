@@ -28,6 +28,7 @@ struct Counted {
   Counted(const Counted&) = delete;
   Counted& operator=(const Counted&) = delete;
   std::atomic<int> count{1};
+  std::atomic<int> waiting{0};  // who waits for work on it without keeping it
 };
 
 template <typename Held>
@@ -116,6 +117,9 @@ void dispatch_retain(dispatch_object_t object) {
 
 void dispatch_release(dispatch_object_t object) {
   if (--countedOf(object)->count == 0) {
+    if (countedOf(object)->waiting > 0) {
+      refuse("a queue that goes while somebody waits for its work");
+    }
     delete countedOf(object);
   }
 }
@@ -147,7 +151,10 @@ void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t
 }
 
 void dispatch_sync_f(dispatch_queue_t queue, void* context, dispatch_function_t work) {
-  ownQueue(queue).sync([=] { work(context); });
+  const Queue& own = ownQueue(queue);
+  ++countedOf(queue)->waiting;
+  own.sync([=] { work(context); });
+  --countedOf(queue)->waiting;
 }
 
 dispatch_group_t dispatch_group_create() {
