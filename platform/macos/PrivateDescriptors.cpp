@@ -43,7 +43,11 @@ int openPrivateSocket() {
 }
 
 int acceptPrivateSocket(int listening) {
-  return madeQuiet(madePrivate(::accept(listening, nullptr, nullptr)));
+  const int client = madeQuiet(madePrivate(::accept(listening, nullptr, nullptr)));
+  if (client >= 0) {  // whether it waits is inherited from the listening socket here
+    ::fcntl(client, F_SETFL, ::fcntl(client, F_GETFL) & ~O_NONBLOCK);
+  }
+  return client;
 }
 
 std::ptrdiff_t sendWithoutSignal(int socket, const void* bytes, std::size_t size) {

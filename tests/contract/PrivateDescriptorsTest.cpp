@@ -65,6 +65,18 @@ TEST(PrivateDescriptors, SocketsAreNotInheritedAndWait) {
   }
 }
 
+TEST(PrivateDescriptors, AClientsSocketWaitsAlsoWhereTheListeningOneNeverDoes) {
+  Connected sockets;
+  const ScopedDescriptor first(sockets.peer);
+  ASSERT_EQ(platform::neverWait(sockets.listening.number()), 0);
+  const ScopedDescriptor another(platform::openPrivateSocket());
+  const auto address = std::get<SocketAddress>(SocketAddress::of(sockets.folder.path()));
+  ASSERT_EQ(address.connect(another), 0);
+  const ScopedDescriptor peer(platform::acceptPrivateSocket(sockets.listening.number()));
+  ASSERT_TRUE(peer.isOpen());
+  EXPECT_TRUE(waits(peer.number()));
+}
+
 TEST(PrivateDescriptors, ASocketThatShallNeverWaitDoesNot) {
   const Connected sockets;
   const ScopedDescriptor peer(sockets.peer);

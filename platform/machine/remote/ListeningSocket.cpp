@@ -6,8 +6,10 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <utility>
 
+#include "platform/Clock.h"
 #include "platform/posix/PrivateDescriptors.h"
 
 namespace halvarin::platform {
@@ -15,6 +17,31 @@ namespace halvarin::platform {
 namespace {
 
 constexpr int kWaitingClients = 16;  // more than the programs that one person starts at once
+
+// Some systems refuse a client also while the queue of waiting ones is full, and a server refuses
+// everybody before it listens: both pass in moments.
+constexpr int kAttempts = 10;
+constexpr std::chrono::milliseconds kBetweenAttempts{20};
+
+/// What connecting without waiting ends with: 0, or the system's number of the error.
+int answerOf(const SocketAddress& address) {
+  const ScopedDescriptor probe = newStreamSocket();
+  if (!probe.isOpen() || neverWait(probe.number()) != 0) {
+    return errno;
+  }
+  return address.connect(probe);
+}
+
+/// The same, but a refusal has lasted.
+int lastingAnswerOf(const SocketAddress& address) {
+  ScaledClock clock;
+  int error = answerOf(address);
+  for (int i = 1; i < kAttempts && error == ECONNREFUSED; ++i) {
+    clock.sleepFor(kBetweenAttempts);
+    error = answerOf(address);
+  }
+  return error;
+}
 
 /// Removes a socket that nobody listens at; the text says what else lies there, "" for nothing.
 std::string cleared(const SocketAddress& address, const std::string& path) {
@@ -25,18 +52,14 @@ std::string cleared(const SocketAddress& address, const std::string& path) {
   if (!S_ISSOCK(file.st_mode)) {
     return "something that is no socket is there";
   }
-  const ScopedDescriptor probe = newStreamSocket();
-  if (!probe.isOpen() || neverWait(probe.number()) != 0) {
-    return systemReason(errno);
-  }
-  const int error = address.connect(probe);
+  const int error = lastingAnswerOf(address);
   if (error == 0 || error == EAGAIN) {
     return "another process listens there";
   }
-  if (error != ECONNREFUSED || ::unlink(path.c_str()) != 0) {
-    return systemReason(errno);
+  if (error != ECONNREFUSED) {
+    return systemReason(error);
   }
-  return "";
+  return ::unlink(path.c_str()) == 0 ? "" : systemReason(errno);
 }
 
 /// Makes the file; the text says why that failed, "" when it did not.

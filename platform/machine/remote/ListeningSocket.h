@@ -15,8 +15,9 @@ namespace halvarin::platform {
 /// from the file system with this object.
 class ListeningSocket {
  public:
-  /// Listens at a path; a socket there that nobody listens at any more is replaced. Else a line
-  /// that names the path and the reason, and what lies at the path is untouched.
+  /// Listens at a path; a socket there that refuses everybody for a fifth of a second has nobody
+  /// who listens any more, and is replaced. Else a line that names the path and the reason, and
+  /// what lies at the path is untouched.
   [[nodiscard]] static std::variant<std::unique_ptr<ListeningSocket>, std::string> at(
       const std::string& path);
   ~ListeningSocket();

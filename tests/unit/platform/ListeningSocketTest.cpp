@@ -1,14 +1,17 @@
 #include "platform/machine/remote/ListeningSocket.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <thread>
 
+#include "platform/Clock.h"
 #include "tests/unit/platform/ServedMachine.h"
 
 namespace halvarin::test {
@@ -49,6 +52,21 @@ TEST(ListeningSocket, LeavesASocketAloneThatAnotherListensAt) {
   const auto first = unwrapped(ListeningSocket::at(folder.path()));
   EXPECT_EQ(faultAt(folder.path()),
             folder.path() + ": cannot listen: another process listens there");
+  EXPECT_TRUE(fs::is_socket(folder.path()));
+}
+
+// Refused in the same way on some systems: who meets a full queue of waiting clients.
+TEST(ListeningSocket, LeavesASocketAloneThatRefusesForAMoment) {
+  const SocketFolder folder;
+  const platform::ScopedDescriptor other = newStreamSocket();
+  ASSERT_EQ(std::get<SocketAddress>(SocketAddress::of(folder.path())).bind(other), 0);
+  std::thread listensSoon([&other] {
+    platform::ScaledClock().sleepFor(std::chrono::milliseconds(30));
+    ::listen(other.number(), 1);
+  });
+  EXPECT_EQ(faultAt(folder.path()),
+            folder.path() + ": cannot listen: another process listens there");
+  listensSoon.join();
   EXPECT_TRUE(fs::is_socket(folder.path()));
 }
 
