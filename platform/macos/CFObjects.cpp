@@ -60,7 +60,7 @@ Data dataOf(CFDataRef data) {
 
 std::string takeDescription(CFErrorRef error) {
   const Owned<CFErrorRef> owned(error);
-  const Owned<CFStringRef> text(owned ? CFErrorCopyDescription(error) : nullptr);
+  const Owned<CFStringRef> text(owned ? CFCopyDescription(error) : nullptr);
   return text ? utf8Of(text.get()) : "";
 }
 

@@ -37,7 +37,8 @@ using Owned = std::unique_ptr<std::remove_pointer_t<Ref>, ReleaseCFObject>;
 [[nodiscard]] Owned<CFDataRef> cfData(const Data& data);
 [[nodiscard]] Data dataOf(CFDataRef data);
 
-/// What the system says of an error, and releases it; "" for null.
+/// What "%@" prints of an error: its domain, its code, and the system's sentence where it has one.
+/// Releases it; "" for null.
 [[nodiscard]] std::string takeDescription(CFErrorRef error);
 
 }  // namespace halvarin::platform

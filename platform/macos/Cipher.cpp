@@ -57,16 +57,16 @@ std::optional<Data> transformed(Create create, const CipherKey& key, const Data&
 }  // namespace
 
 CipherKeyRef makeCipherKey(const Data& bytes, std::string& error) {
-  // The system does not say whether it compares the bytes with the size that it is given.
-  if (bytes.size() != kKeyBytes) {
-    error = "an AES key of 128 bits takes 16 bytes, not " + std::to_string(bytes.size());
-    return nullptr;
-  }
   CFErrorRef failure = nullptr;
   const Owned<CFDataRef> data = cfData(bytes);
   Owned<SecKeyRef> key(SecKeyCreateFromData(keyParameters().get(), data.get(), &failure));
   if (!key || failure != nullptr) {
     error = takeDescription(failure);
+    return nullptr;
+  }
+  // The system does not say whether it compares the bytes with the size that it is given.
+  if (bytes.size() != kKeyBytes) {
+    error = "an AES key of 128 bits takes 16 bytes, not " + std::to_string(bytes.size());
     return nullptr;
   }
   return std::make_shared<const CipherKey>(CipherKey{std::move(key)});

@@ -72,8 +72,12 @@ CFIndex CFGetRetainCount(CFTypeRef cf) {
   return objectOf(cf).count;
 }
 
-CFStringRef CFErrorCopyDescription(CFErrorRef err) {
-  return halvarin::standin::newText(err->description);
+CFStringRef CFCopyDescription(CFTypeRef cf) {
+  if (CFGetTypeID(cf) != halvarin::standin::kError) {
+    refuse("a description of anything else than an error");
+  }
+  const std::string& sentence = static_cast<const __CFError*>(cf)->description;
+  return halvarin::standin::newText("Error Domain=stand-in Code=1 \"" + sentence + "\"");
 }
 
 CFTypeID CFDataGetTypeID() {

@@ -37,6 +37,7 @@ enum Type : CFTypeID {
   kBoolean,
   kArray,
   kDictionary,
+  kError,
 };
 
 /// Ends the process: a body asks for more than the stand-in knows.
@@ -100,7 +101,7 @@ struct __CFDictionary : halvarin::standin::Object {
 
 struct __CFError : halvarin::standin::Object {
   explicit __CFError(std::string text)
-      : Object(halvarin::standin::kOther), description(std::move(text)) {}
+      : Object(halvarin::standin::kError), description(std::move(text)) {}
   const std::string description;
 };
 

@@ -42,6 +42,7 @@ CFTypeID CFGetTypeID(CFTypeRef cf);
 CFTypeRef CFRetain(CFTypeRef cf);
 void CFRelease(CFTypeRef cf);
 CFIndex CFGetRetainCount(CFTypeRef cf);
+CFStringRef CFCopyDescription(CFTypeRef cf);
 
 #ifdef __cplusplus
 }
