@@ -17,8 +17,8 @@ namespace halvarin::platform {
 struct CipherKey;
 using CipherKeyRef = std::shared_ptr<const CipherKey>;
 
-/// Where a transform failed, and the system's description of the error: on macOS what "%@" prints of
-/// it, with domain and code.
+/// Where a transform failed, and the system's description of the error: on macOS what "%@" prints
+/// of it, with domain and code.
 struct CipherFailure {
   enum class Step { create, setInput, execute };
   Step step = Step::create;

@@ -43,11 +43,10 @@ json withoutKind(const std::string& text) {
 }
 
 TEST(DarwinProgram, SaysOfEachMachineWhatTheUsualOneSays) {
+  const std::vector<std::vector<std::string>> commands{
+      {"sensors", "--json"}, {"keys", "--json"}, {"fans", "--json"}, {"test", "sensors", "--json"}};
   for (const char* machine : {"healthy.txt", "every-type.txt", "refusals.txt", "fans-five.txt"}) {
-    for (const std::vector<std::string>& command : {std::vector<std::string>{"sensors", "--json"},
-                                                    {"keys", "--json"},
-                                                    {"fans", "--json"},
-                                                    {"test", "sensors", "--json"}}) {
+    for (const std::vector<std::string>& command : commands) {
       SCOPED_TRACE(machine + (" " + command.front()));
       const ProgramRun darwin = darwinRun(machine, command);
       const ProgramRun usual = usualRun(machine, command);
