@@ -41,11 +41,6 @@ void say(const std::string& line) {
       exit, what + number + (exit == Exit::notPermitted ? ": not permitted; run it as root" : ""));
 }
 
-[[noreturn]] void refuseUnread(const std::string& what, std::int32_t status) {
-  throw ExitError(exitFor(status), what + " cannot be read (status " +
-                                       hexText(static_cast<std::uint32_t>(status)) + ")");
-}
-
 /// A fan as the machine shows it now.
 FanView currentFan(QXHalvarin& facade, const Options& options) {
   const FansView view = readFansView(facade);
@@ -58,8 +53,8 @@ FanView currentFan(QXHalvarin& facade, const Options& options) {
 
 /// Refuses what must not be asked of the fan, before anything is touched.
 void checkRequest(const FanView& fan, const Options& options) {
-  if (fan.rangeStatus != 0 && !options.force) {
-    refuseUnread("the range of " + fanName(fan), fan.rangeStatus);
+  if (!options.force) {
+    requireRange(fan);
   }
   const std::string refusal = refusalOf({options.speedRpm, options.force}, fan);
   if (!refusal.empty()) {

@@ -1,5 +1,6 @@
 #include "host/fans/FanView.h"
 
+#include <array>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -116,9 +117,48 @@ std::optional<std::int32_t> fanCountStatus() {
 
 void requireFanCount() {
   if (const auto status = fanCountStatus()) {
-    throw ExitError(exitFor(*status), "the number of fans cannot be read (status " +
-                                          hexText(static_cast<std::uint32_t>(*status)) + ")");
+    refuseUnread("the number of fans", *status);
   }
+}
+
+void refuseUnread(const std::string& what, std::int32_t status) {
+  throw ExitError(exitFor(status), what + " cannot be read (status " +
+                                       hexText(static_cast<std::uint32_t>(status)) + ")");
+}
+
+void requireRange(const FanView& fan) {
+  if (fan.rangeStatus != 0) {
+    refuseUnread("the range of " + fanName(fan), fan.rangeStatus);
+  }
+}
+
+std::string UnreadKey::statusText() const {
+  return status != 0 ? " (status " + hexText(static_cast<std::uint32_t>(status)) + ")" : "";
+}
+
+std::optional<UnreadKey> unreadKeyOf(const Dictionary& fan) {
+  struct Judged {
+    std::string_view suffix;
+    std::string_view entry;
+  };
+  constexpr std::array<Judged, 4> kJudged{{{fan::kActualSuffix, fan::kSpeed},
+                                           {fan::kTargetSuffix, fan::kTarget},
+                                           {fan::kMinimumSuffix, fan::kMin},
+                                           {fan::kMaximumSuffix, fan::kMax}}};
+  for (const auto& [suffix, entry] : kJudged) {
+    const std::string key = fan::key(fan.get(fan::kIndex).unsignedIntValue(), suffix);
+    const DictionaryRef record = keyRecord(key);
+    if (!record) {
+      continue;  // the machine has none
+    }
+    const auto [value, error] = record->getEach(std::array{record::kValue, record::kError});
+    // Another reading may have got the key since; the 0 of this one is left.
+    const bool isReadSince = fan.get(entry).doubleValue() == 0 && value.doubleValue() != 0;
+    if (error.intValue() != 0 || isReadSince) {
+      return UnreadKey{key, error.intValue()};
+    }
+  }
+  return std::nullopt;
 }
 
 std::string fanName(const FanView& fan) {

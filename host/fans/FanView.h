@@ -50,6 +50,26 @@ struct FansView {
 /// machine was able to say so.
 void requireFanCount();
 
+/// Ends the program because something of the machine cannot be read.
+[[noreturn]] void refuseUnread(const std::string& what, std::int32_t status);
+
+/// Throws ExitError when the range of a fan cannot be read: it reads as 0 to 0 then.
+void requireRange(const FanView& fan);
+
+/// A key that could not be read, and why.
+struct UnreadKey {
+  std::string key;
+  std::int32_t status = 0;  // 0: it was read again since
+
+  /// " (status e00002d5)"; "" without one.
+  [[nodiscard]] std::string statusText() const;
+};
+
+/// Of the keys by which the self-test commands and judges a fan (its speed, target and range) the
+/// first that the reading of this fan dictionary did not get. A fan dictionary itself does not
+/// tell: such a key counts as 0 there.
+[[nodiscard]] std::optional<UnreadKey> unreadKeyOf(const Dictionary& fan);
+
 /// "Fan 0 (Left side)", "Fan 1".
 [[nodiscard]] std::string fanName(const FanView& fan);
 

@@ -28,21 +28,21 @@ bool isCommanding(const QXFanTest& test) {
 }  // namespace
 
 FanBatch::FanBatch(const Options& options, std::shared_ptr<QXHalvarin> facade,
-                   std::vector<FanTestWatch::Fan> fans)
+                   std::vector<FanTestWatch::Fan> fans, std::shared_ptr<FanTestWatch> watch)
     : options_(options),
       facade_(std::move(facade)),
       manager_(QXFanTestManager::sharedFTM()),
-      fans_(std::move(fans)) {}
+      fans_(std::move(fans)),
+      watch_(std::move(watch)) {}
 
-FanBatchEnd FanBatch::run(const std::shared_ptr<FanTestWatch>& watch,
-                          const std::function<void(const FanTestWatch& watch)>& show) {
+FanBatchEnd FanBatch::run(const std::function<void(const FanTestWatch& watch)>& show) {
   guardFans();
-  manager_->setDelegate(watch);
+  manager_->setDelegate(watch_);
   starter_.async([this] {
     manager_->startTesting(nullptr);
     isStarted_ = true;
   });
-  attend(*watch, show);
+  attend(show);
   FanBatchEnd end{manager_->fanTestResults(), release()};
   if (trouble_.exit == Exit::notPermitted && guard_) {
     guard_->forget();  // the system stops such writes before they reach the machine
@@ -78,18 +78,22 @@ void FanBatch::guardFans() {
   }
 }
 
-void FanBatch::attend(const FanTestWatch& watch,
-                      const std::function<void(const FanTestWatch& watch)>& show) {
+void FanBatch::attend(const std::function<void(const FanTestWatch& watch)>& show) {
   constexpr std::chrono::milliseconds kLook(250);
   while (!hasEnded()) {
-    show(watch);
-    lookForTrouble(watch);
+    show(*watch_);
+    lookForTrouble();
     if (isAsked_ || trouble_.exit != Exit::fine) {
-      manager_->cancel();  // again and again: a test that is just beginning forgets it
+      cancel();  // again and again: a test that is just beginning forgets it
     }
     static_cast<void>(told_.wait(kLook));
   }
-  show(watch);
+  show(*watch_);
+}
+
+void FanBatch::cancel() {
+  watch_->endRefusals();
+  manager_->cancel();
 }
 
 bool FanBatch::hasEnded() const {
@@ -100,7 +104,7 @@ bool FanBatch::hasEnded() const {
   return std::all_of(tests.begin(), tests.end(), [](const auto& test) { return test->enabled(); });
 }
 
-void FanBatch::lookForTrouble(const FanTestWatch& watch) {
+void FanBatch::lookForTrouble() {
   if (trouble_.exit != Exit::fine) {
     return;
   }
@@ -108,13 +112,21 @@ void FanBatch::lookForTrouble(const FanTestWatch& watch) {
     trouble_ = {Exit::ownFailure, "the guardian has ended, so the fan self-test was canceled"};
     return;
   }
-  lookWhetherFansAreRead(watch);
-  lookWhetherFansObey();
+  lookWhetherFansAreRead();
+  if (trouble_.exit == Exit::fine) {
+    lookWhetherFansObey();
+  }
 }
 
-void FanBatch::lookWhetherFansAreRead(const FanTestWatch& watch) {
+void FanBatch::lookWhetherFansAreRead() {
+  if (const auto fan = watch_->unreadFan()) {
+    trouble_ = {exitFor(fan->key.status), fan->key.key + " of " + fan->name +
+                                              " cannot be read any more" + fan->key.statusText() +
+                                              ", so the fan self-test was canceled"};
+    return;
+  }
   constexpr int kMostLooks = 40;  // ten seconds
-  const std::int64_t samples = watch.samples();
+  const std::int64_t samples = watch_->samples();
   looksWithoutSample_ = samples != samplesSeen_ ? 0 : looksWithoutSample_ + 1;
   samplesSeen_ = samples;
   if (looksWithoutSample_ < kMostLooks) {

@@ -29,15 +29,15 @@ struct FanBatchEnd {
 /// makes the test senseless, and ends it when it is asked to.
 class FanBatch {
  public:
+  /// `watch` is one over the same fans.
   FanBatch(const Options& options, std::shared_ptr<QXHalvarin> facade,
-           std::vector<FanTestWatch::Fan> fans);
+           std::vector<FanTestWatch::Fan> fans, std::shared_ptr<FanTestWatch> watch);
 
   /// The whole test with the hand-back of all fans, on the calling thread; `show` gets the watch
   /// four times a second of the machine's time. What could not be handed back is left to the
   /// guardian, who has the last word when this object ends. Throws ExitError when the fans could
   /// not be tested.
-  [[nodiscard]] FanBatchEnd run(const std::shared_ptr<FanTestWatch>& watch,
-                                const std::function<void(const FanTestWatch& watch)>& show);
+  [[nodiscard]] FanBatchEnd run(const std::function<void(const FanTestWatch& watch)>& show);
 
   /// Ends the test soon. Any thread.
   void askForEnd();
@@ -49,11 +49,11 @@ class FanBatch {
   };
 
   void guardFans();
-  void attend(const FanTestWatch& watch,
-              const std::function<void(const FanTestWatch& watch)>& show);
+  void attend(const std::function<void(const FanTestWatch& watch)>& show);
+  void cancel();
   [[nodiscard]] bool hasEnded() const;
-  void lookForTrouble(const FanTestWatch& watch);
-  void lookWhetherFansAreRead(const FanTestWatch& watch);
+  void lookForTrouble();
+  void lookWhetherFansAreRead();
   void lookWhetherFansObey();
   [[nodiscard]] std::optional<ExitError> release();
   [[nodiscard]] ExitError whyUnreleased();
@@ -64,6 +64,7 @@ class FanBatch {
   const std::shared_ptr<QXHalvarin> facade_;
   const std::shared_ptr<QXFanTestManager> manager_;
   const std::vector<FanTestWatch::Fan> fans_;
+  const std::shared_ptr<FanTestWatch> watch_;
   const platform::Queue starter_{"halvarin fan test", platform::Queue::Kind::serial};
   platform::Semaphore told_{0};
   std::unique_ptr<FanGuard> guard_;  // null on machines that end with the program

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Exception.h"
 #include "host/fantest/FanTestCsv.h"
 #include "selftest/TestStatus.h"
 #include "sensors/FanRecord.h"
@@ -52,18 +53,48 @@ void FanTestWatch::updateFanProgress(const DictionaryRef& fan) {
     return;
   }
   const FanTestProgress progress = test->progress();
+  const auto unread = unreadKeyOf(*fan);
   const MutexLock lock(mutex_);
-  auto& [view, seen] = entries_[index];
+  Entry& entry = entries_[index];
+  if (unread) {
+    refuse(entry, *unread, *fan);
+    return;
+  }
+  entry.lastGood = fan;
+  entry.refused = 0;
+  FanTestView& view = entry.view;
   view.speedRpm = fan->get(fan::kSpeed).doubleValue();
   view.targetRpm = fan->get(fan::kTarget).doubleValue();
   view.hasReading = true;
   view.doneShare = doneShare(progress);
-  take(seen, view.speedRpm);
-  seen.csvLines.push_back(csvLine(progress, *fan));
+  take(entry.seen, view.speedRpm);
+  entry.seen.csvLines.push_back(csvLine(progress, *fan));
   if (view.state != progress.state) {
     view.state = progress.state;
     onStateChange_(stateLine(view));
   }
+}
+
+void FanTestWatch::refuse(Entry& entry, const UnreadKey& unread, Dictionary& fan) {
+  ++entry.refused;
+  entry.unread = unread;
+  if (refuses_) {
+    throw Exception("UnreadKey", unread.key + " cannot be read" + unread.statusText());
+  }
+  if (entry.lastGood) {
+    fan.addEntriesFrom(*entry.lastGood);  // a highest speed of 0 RPM must not be commanded
+  }
+}
+
+std::optional<UnreadFan> FanTestWatch::unreadFan() const {
+  constexpr int kMostRefused = 40;  // four a second
+  const MutexLock lock(mutex_);
+  for (const auto& [index, entry] : entries_) {
+    if (entry.refused >= kMostRefused) {
+      return UnreadFan{entry.view.name, entry.unread};
+    }
+  }
+  return std::nullopt;
 }
 
 std::vector<FanTestView> FanTestWatch::views() const {

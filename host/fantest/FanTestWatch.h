@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "base/Mutex.h"
+#include "host/fans/FanView.h"
 #include "host/fantest/FanTestView.h"
 #include "selftest/QXFanTestManager.h"
 
@@ -20,7 +22,15 @@ struct FanSeen {
   std::vector<std::string> csvLines;  // one for each reading
 };
 
-/// Watches the tests of a batch: what their readings say, and where they are. Any thread.
+/// A fan of which the tests get no reading, and why.
+struct UnreadFan {
+  std::string name;
+  UnreadKey key;
+};
+
+/// Watches the tests of a batch: what their readings say, and where they are. Refuses readings that
+/// did not get all keys by which a fan is judged, so that their samples are taken again. Any
+/// thread.
 class FanTestWatch : public FanTestDelegate {
  public:
   struct Fan {
@@ -33,7 +43,15 @@ class FanTestWatch : public FanTestDelegate {
   /// time.
   FanTestWatch(std::vector<Fan> fans, std::function<void(const std::string& line)> onStateChange);
 
+  /// Throws `Exception`, which has the sample taken again, for a reading without one of the keys.
   void updateFanProgress(const DictionaryRef& fan) override;
+
+  /// From now on no reading is refused, for a test whose readings are does not see that it was
+  /// canceled. What it is told instead is the fan's last good reading: it may command once more.
+  void endRefusals() { refuses_ = false; }
+
+  /// A fan that has given no reading for ten seconds.
+  [[nodiscard]] std::optional<UnreadFan> unreadFan() const;
 
   /// The fans in their order, as they are now.
   [[nodiscard]] std::vector<FanTestView> views() const;
@@ -47,10 +65,16 @@ class FanTestWatch : public FanTestDelegate {
   struct Entry {
     FanTestView view;
     FanSeen seen;
+    DictionaryRef lastGood;  // null before it
+    int refused = 0;         // readings since then
+    UnreadKey unread;        // of the latest of them
   };
+
+  void refuse(Entry& entry, const UnreadKey& unread, Dictionary& fan) HALVARIN_REQUIRES(mutex_);
 
   const std::vector<Fan> fans_;
   const std::function<void(const std::string&)> onStateChange_;
+  std::atomic<bool> refuses_ = true;
   mutable Mutex mutex_;
   std::map<std::uint32_t, Entry> entries_ HALVARIN_GUARDED_BY(mutex_);
 };

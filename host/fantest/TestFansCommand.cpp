@@ -55,6 +55,7 @@ Fans selectFans(const Options& options, QXHalvarin& facade) {
       tests[i]->setSelected(isWanted);
     }
     if (tests[i]->selected()) {
+      requireRange(view.fans[i]);  // it would be commanded to 0 RPM
       fans.push_back({view.fans[i].index, fanName(view.fans[i]), tests[i]});
       if (view.fans[i].isForced) {
         std::cerr << "halvarin: " << fanName(view.fans[i])
@@ -107,11 +108,11 @@ class FanTestRunner {
         std::cerr << "halvarin: " + line + "\n";
       }
     });
-    batch_ = std::make_unique<FanBatch>(options_, facade_, fans_);
+    batch_ = std::make_unique<FanBatch>(options_, facade_, fans_, watch_);
     const EndSignals signals([this] { batch_->askForEnd(); });
     std::signal(SIGTSTP, SIG_IGN);  // a suspended program could not hand its fans back
     Screen screen;
-    auto [results, unreleased] = batch_->run(watch_, [&screen, isDrawn](const FanTestWatch& watch) {
+    auto [results, unreleased] = batch_->run([&screen, isDrawn](const FanTestWatch& watch) {
       if (isDrawn) {
         screen.show(progressFrame(watch.views()));
       }
