@@ -14,6 +14,7 @@
 #include "host/fans/EndSignals.h"
 #include "host/fans/FanControl.h"
 #include "host/fans/FanGuard.h"
+#include "host/fans/FanRelease.h"
 #include "host/fans/FanRequest.h"
 #include "host/fans/FanView.h"
 #include "platform/Clock.h"
@@ -87,7 +88,8 @@ class ForcedFan {
     std::signal(SIGTSTP, SIG_IGN);  // a suspended program could not hand its fan back
     say(printable(headingLine(machineHeading(options_, facade_->machineModel()))));
     control_.set(std::make_shared<FanControl>(
-        facade_, FanGuard::start(options_, [this] { return isAsked_.load(); })));
+        facade_, FanGuard::start(options_, [this] { return isAsked_.load(); }),
+        options_.machine.kind));
     if (!force()) {
       say("Ended before " + name_ + " was forced.");
       return Exit::fine;

@@ -80,7 +80,7 @@ FanView fanView(const Dictionary& fan) {
                   ? static_cast<std::int32_t>(hasForceBit(view.index))
                   : fan.get(fan::kMode).intValue();
   view.isForced = view.mode == kForcedMode;
-  view.control = controlText(view.mode);
+  view.control = view.controlStatus != 0 ? "not read" : controlText(view.mode);
   return view;
 }
 

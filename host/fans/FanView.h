@@ -24,10 +24,10 @@ struct FanView {
   std::int32_t rangeStatus = 0;  // why the range cannot be read, 0 when it can
   std::string targetType;        // data type of the target key, "" without one
   ForcedBy forcedBy = ForcedBy::nothing;
-  std::int32_t mode = 0;  // of the mode key; on machines with force bits the fan's bit
-  bool isForced = false;
+  std::int32_t mode = 0;           // of the mode key; on machines with force bits the fan's bit
+  bool isForced = false;           // seen so
   std::int32_t controlStatus = 0;  // why nobody can say who controls it, 0 when they can
-  std::string control;  // "automatic", "forced", or a mode of the machine's own, "mode 3"
+  std::string control;  // "automatic", "forced", a mode of the machine's own, "mode 3", "not read"
 };
 
 struct FansView {

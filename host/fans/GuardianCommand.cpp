@@ -1,16 +1,14 @@
 #include "host/fans/GuardianCommand.h"
 
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <iostream>
 #include <string>
 
 #include "host/MachineChoice.h"
-#include "host/fans/FanControl.h"
 #include "host/fans/FanGuard.h"
+#include "host/fans/FanRelease.h"
 #include "host/fans/FanView.h"
-#include "platform/Queue.h"
 #include "sensors/QXHalvarin.h"
 #include "smc/QXSMCInterface.h"
 
@@ -31,31 +29,6 @@ void outliveTheProgram() {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
     std::signal(signal, SIG_IGN);
   }
-}
-
-bool isGone(const GuardedFans& forced) {
-  const auto status = fanCommandStatus(forced.fans.empty() ? 0 : forced.fans.front());
-  return status && exitFor(*status) == Exit::noMachine;
-}
-
-/// A controller that is busy may refuse for a while; a fan that stays forced is worse than many
-/// tries. Quickly at first, then more slowly for minutes, unless the machine itself is gone.
-bool handBackPersistently(QXHalvarin& facade, const GuardedFans& forced) {
-  constexpr int kQuickTries = 15;
-  constexpr int kAllTries = 315;
-  constexpr std::chrono::milliseconds kQuickPause(100);
-  constexpr std::chrono::milliseconds kSlowPause(1000);
-  const platform::Semaphore never;
-  for (int i = 0; i < kAllTries; ++i) {
-    if (handBackFans(facade, forced)) {
-      return true;
-    }
-    if (i >= kQuickTries && isGone(forced)) {
-      return false;
-    }
-    static_cast<void>(never.wait(i < kQuickTries ? kQuickPause : kSlowPause));
-  }
-  return false;
 }
 
 /// "fan 0, fan 2", or the flag alone when the program ended before it forced a fan.
@@ -95,7 +68,7 @@ Exit runGuardian(const Options& options) {
   if (forced.fans.empty() && !forced.testFlag) {
     return Exit::fine;
   }
-  const bool done = handBackPersistently(*facade, forced);
+  const bool done = handBackPersistently(*facade, forced, options.machine.kind);
   report(done, forced);
   return done ? Exit::fine : Exit::ownFailure;
 }

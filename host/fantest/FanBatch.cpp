@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "base/NumberText.h"
-#include "host/fans/FanControl.h"
+#include "host/fans/FanRelease.h"
 #include "host/fans/FanView.h"
 
 namespace halvarin::host {
@@ -44,12 +44,10 @@ FanBatchEnd FanBatch::run(const std::function<void(const FanTestWatch& watch)>& 
   });
   attend(show);
   FanBatchEnd end{manager_->fanTestResults(), release()};
-  if (trouble_.exit == Exit::notPermitted && guard_) {
-    guard_->forget();  // the system stops such writes before they reach the machine
-  }
   if (trouble_.exit != Exit::fine) {
-    // What ended the test is what stands in the way of the hand-back, too.
-    throw ExitError(trouble_.exit, trouble_.line);
+    throw ExitError(trouble_.exit,
+                    trouble_.line + (end.unreleased ? std::string("; ") + end.unreleased->what()
+                                                    : std::string()));
   }
   return end;
 }
@@ -186,7 +184,7 @@ std::vector<std::uint32_t> FanBatch::stillForced() {
 std::optional<ExitError> FanBatch::release() {
   manager_->reInitFanTests();
   const GuardedFans left{stillForced(), testFlagMayBeOn()};
-  if ((!left.fans.empty() || left.testFlag) && !handBackFans(*facade_, left)) {
+  if ((!left.fans.empty() || left.testFlag) && !handBack(left)) {
     return whyUnreleased();
   }
   if (guard_) {
@@ -196,14 +194,21 @@ std::optional<ExitError> FanBatch::release() {
   return std::nullopt;
 }
 
+bool FanBatch::handBack(const GuardedFans& left) {
+  return handBackFans(*facade_, left) ||
+         (guard_ && guard_->hasEnded() &&
+          handBackPersistently(*facade_, left, options_.machine.kind));
+}
+
 ExitError FanBatch::whyUnreleased() {
   const std::vector<std::uint32_t> forced = stillForced();
-  const auto status = fanCommandStatus(forced.empty() ? 0 : forced.front());
+  const auto status = releaseStatus({forced, true});
   std::string line = forced.empty()
                          ? "the fans' test flag could not be switched off"
                          : "fan " + std::to_string(forced.front()) + " could not be handed back";
   line += status ? " " + statusText(*status) : "";
-  line += guard_ ? "; the guardian goes on trying for five minutes" : "";
+  const bool isTriedOn = guard_ && !guard_->hasEnded();
+  line += isTriedOn ? "; the guardian goes on trying for five minutes" : "";
   return {status ? exitFor(*status) : Exit::ownFailure, line};
 }
 

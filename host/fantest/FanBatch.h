@@ -56,6 +56,7 @@ class FanBatch {
   void lookWhetherFansAreRead();
   void lookWhetherFansObey();
   [[nodiscard]] std::optional<ExitError> release();
+  [[nodiscard]] bool handBack(const GuardedFans& left);
   [[nodiscard]] ExitError whyUnreleased();
   [[nodiscard]] bool isAnyForced();
   [[nodiscard]] std::vector<std::uint32_t> stillForced();

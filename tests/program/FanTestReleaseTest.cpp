@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/support/FanMachines.h"
+#include "tests/support/Guardian.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/RunningProgram.h"
 #include "tests/support/ServedMachine.h"
@@ -97,6 +98,36 @@ TEST_F(TestedFans, UserWhoMayNeitherReadNorWriteTheModeIsToldSoAndLeavesNoGuardi
   EXPECT_THAT(run.err, HasSubstr("not permitted; run it as root"));
   const std::size_t before = machine.readCount("FNum");
   EXPECT_FALSE(becomesTrue(kHandBackLimit, [&] { return machine.readCount("FNum") > before; }));
+}
+
+TEST_F(TestedFans, AreHandedBackByTheProgramItselfOnceItsGuardianIsDead) {
+  ServedMachine machine(fanMachine(FanStyle::modeKeys));
+  const auto words = machine.words({"test", "fans", "--fan", "0"});
+  RunningProgram program(HALVARIN_ROOTED, words);
+  ASSERT_TRUE(program.waitForOutput("rah_max", kMost));
+  machine.breakable().breakKey("F0Md", kWrite, kBusy);
+  kill(guardianOf(words[1]), SIGKILL);
+  EXPECT_FALSE(program.waitForEnd(700ms)) << "it gave up";
+  machine.breakable().mend();
+  const auto run = program.waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->exit, 6) << run->out << run->err;
+  EXPECT_THAT(run->err, HasSubstr("the guardian has ended, so the fan self-test was canceled\n"));
+  EXPECT_EQ(machine.number("F0Md", 1), 0U);
+}
+
+TEST_F(TestedFans, AreNotSaidToBeTriedOnByAGuardianThatIsDead) {
+  ServedMachine machine(fanMachine(FanStyle::modeKeys), {}, 100);
+  const auto words = machine.words({"test", "fans", "--fan", "0"});
+  RunningProgram program(HALVARIN_ROOTED, words);
+  ASSERT_TRUE(program.waitForOutput("rah_max", kMost));
+  machine.breakable().breakKey("F0Md", kWrite, kBusy);
+  kill(guardianOf(words[1]), SIGKILL);
+  const auto run = program.waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->exit, 6) << run->out << run->err;
+  EXPECT_THAT(run->err, HasSubstr("the guardian has ended, so the fan self-test was canceled; fan "
+                                  "0 could not be handed back (status e00002d5)\n"));
 }
 
 }  // namespace

@@ -8,14 +8,12 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <tuple>
 
 #include "tests/support/FanMachines.h"
+#include "tests/support/Guardian.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/RunningProgram.h"
 #include "tests/support/ServedMachine.h"
@@ -28,25 +26,6 @@ using namespace std::chrono_literals;
 
 constexpr auto kMost = 20s;  // until a program on a busy computer has begun
 constexpr auto kHandBackLimit = 2s;
-
-/// The words of a running process; "" when it has just ended.
-std::string commandLineOf(const std::filesystem::path& process) {
-  std::ostringstream words;
-  words << std::ifstream(process / "cmdline", std::ios::binary).rdbuf();
-  return words.str();
-}
-
-/// The process that is the guardian of this machine; 0 when there is none.
-pid_t guardianOf(const std::string& machineWord) {
-  for (const auto& process : std::filesystem::directory_iterator("/proc")) {
-    const std::string words = commandLineOf(process.path());
-    if (words.find(machineWord) != std::string::npos &&
-        words.find("hand-back-fans") != std::string::npos) {
-      return std::atoi(process.path().filename().c_str());
-    }
-  }
-  return 0;
-}
 
 struct Way {
   const char* name;

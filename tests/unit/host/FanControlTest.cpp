@@ -7,27 +7,16 @@
 #include <memory>
 #include <span>
 
+#include "host/fans/FanRelease.h"
 #include "platform/machine/CurrentMachine.h"
 #include "tests/support/BreakableMachine.h"
-#include "tests/support/Machines.h"
-#include "tests/support/TestDatabase.h"
+#include "tests/unit/host/TwoFans.h"
 
 namespace halvarin::test {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-/// The writes of a journal, without the number of their connection.
-std::vector<std::string> writesOf(const JournalLines& journal) {
-  std::vector<std::string> writes;
-  for (const std::string& line : *journal) {
-    if (const auto place = line.find("write "); place != std::string::npos) {
-      writes.push_back(line.substr(place));
-    }
-  }
-  return writes;
-}
 
 /// A machine that lets nobody set a target, and is busy when a fan is handed back for the first
 /// time.
@@ -60,25 +49,37 @@ class HalfClosedMachine : public BreakableMachine {
   int modeWrites_ = 0;
 };
 
-/// One fan, and whatever else of keys.
-class FanControlTest : public testing::Test {
+/// A machine whose fan may be forced, and then nothing be written any more until it is opened.
+class ClosingMachine : public BreakableMachine {
+ public:
+  using BreakableMachine::BreakableMachine;
+
+  void open() { mayWrite_ = true; }
+  using BreakableMachine::open;
+
+  [[nodiscard]] platform::MachineStatus call(std::uint32_t connection, std::uint32_t selector,
+                                             std::span<const std::uint8_t> request,
+                                             std::span<std::uint8_t> reply,
+                                             std::size_t& replySize) override {
+    constexpr std::size_t kCommandPlace = 42;
+    if (request[kCommandPlace] == 6 && ++writes_ > 1 && !mayWrite_) {
+      return static_cast<platform::MachineStatus>(0xE00002C1);
+    }
+    return BreakableMachine::call(connection, selector, request, reply, replySize);
+  }
+
+ private:
+  int writes_ = 0;
+  bool mayWrite_ = false;
+};
+
+class FanControlTest : public TwoFans {
  protected:
   void start(std::vector<platform::RecordedKey> more, platform::Simulation simulation = {}) {
-    std::vector<platform::RecordedKey> keys{
-        key("F0Ac", "fpe2", {0x1F, 0x40}), key("F0Tg", "fpe2", {0x1F, 0x40}),
-        key("F1Ac", "fpe2", {0x1F, 0x40}), key("F1Tg", "fpe2", {0x1F, 0x40}),
-        key("FNum", "ui8 ", {2})};
-    keys.insert(keys.end(), more.begin(), more.end());
-    embedDatabase(databaseOf("Test1,1", {}));
-    installed_ = install(machineWith(std::move(keys)), std::move(simulation));
-    facade_ = QXHalvarin::sharedHalvarin();
-    ASSERT_TRUE(facade_);
-    control_.emplace(facade_, nullptr);
+    TwoFans::start(std::move(more), std::move(simulation));
+    control_.emplace(facade_, nullptr, host::MachineOption::Kind::simulated);
   }
-  std::vector<std::string> writes() { return writesOf(installed_.journal); }
 
-  InstalledMachine installed_;
-  std::shared_ptr<QXHalvarin> facade_;
   std::optional<host::FanControl> control_;
 };
 
@@ -164,14 +165,6 @@ TEST_F(FanControlTest, DoesNotForgetAForcedFanWhoseTargetItMayNotWrite) {
   EXPECT_EQ(writes().back(), "write F0Md size 1 bytes 00 -> done");
 }
 
-TEST_F(FanControlTest, FindingOutWhyChangesNoKey) {
-  start({key("F0Md", "ui8 ", {0}), key("FS! ", "ui16", {1, 2}), key("Ftst", "ui8 ", {0})});
-  EXPECT_EQ(host::fanCommandStatus(0), std::nullopt);
-  EXPECT_THAT(writes(), ElementsAre("write Ftst size 1 bytes 00 -> done",
-                                    "write F0Md size 1 bytes 00 -> done",
-                                    "write F0Tg size 2 bytes 1F40 -> done"));
-}
-
 TEST_F(FanControlTest, ACountThatCannotBeReadIsTheReason) {
   platform::TransferFault fault;
   fault.key = platform::fourBytes("FNum");
@@ -191,6 +184,31 @@ TEST_F(FanControlTest, WhatWasHandedBackCannotBeLeft) {
   EXPECT_TRUE(control_->force(0, 4000));
   EXPECT_TRUE(control_->handBack());
   EXPECT_FALSE(control_->leave());
+}
+
+TEST_F(FanControlTest, KeepsTheTestFlagOnWhileNobodySaysWhoHoldsAnotherFan) {
+  start({key("F0Md", "ui8 ", {0}), key("F1Md", "ui8 ", {0}), key("Ftst", "ui8 ", {0})});
+  EXPECT_TRUE(control_->force(0, 4000));
+  const auto breakable = std::make_shared<BreakableMachine>(installed_.machine);
+  breakable->breakKey("F1Md", 5, static_cast<platform::MachineStatus>(0xE00002D5));
+  platform::setMachine(breakable);
+  EXPECT_FALSE(control_->handBack());
+  EXPECT_EQ(writes().back(), "write F0Md size 1 bytes 00 -> done");
+  breakable->mend();
+  EXPECT_TRUE(control_->handBack());
+  EXPECT_EQ(writes().back(), "write Ftst size 1 bytes 00 -> done");
+}
+
+TEST_F(FanControlTest, DoesNotForgetAFanThatWasForcedBeforeTheRightsWereGone) {
+  start({key("F0Md", "ui8 ", {0})});
+  constexpr auto kDenied = static_cast<platform::MachineStatus>(0xE00002C1);
+  const auto machine = std::make_shared<ClosingMachine>(installed_.machine);
+  platform::setMachine(machine);
+  EXPECT_FALSE(control_->force(0, 4000));
+  EXPECT_EQ(host::fanCommandStatus(0), kDenied);
+  machine->open();
+  control_.reset();
+  EXPECT_EQ(writes().back(), "write F0Md size 1 bytes 00 -> done");
 }
 
 }  // namespace

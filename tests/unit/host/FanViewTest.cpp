@@ -101,6 +101,14 @@ TEST(FanView, ARangeThatCannotBeReadKeepsItsStatus) {
   EXPECT_EQ(view.fans[0].rangeStatus, static_cast<std::int32_t>(0xE00002C1));
 }
 
+TEST(FanView, AControlThatCannotBeReadIsNotAutomatic) {
+  platform::RecordedKey mode = key("F0Md", "ui8 ", {0});
+  mode.status = static_cast<std::int32_t>(0xE00002C2);
+  const auto view = viewOf({key("F0Ac", "fpe2", {0, 0}), mode, key("FNum", "ui8 ", {1})});
+  EXPECT_EQ(view.fans[0].control, "not read");
+  EXPECT_FALSE(view.fans[0].isForced);
+}
+
 TEST(FanView, CommandsToTheTerminalInALocationAreNotPassedOn) {
   const auto view =
       viewOf({key("F0Ac", "fpe2", {0, 0}), identification("\033[2J"), key("FNum", "ui8 ", {1})});

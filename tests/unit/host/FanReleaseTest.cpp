@@ -1,0 +1,99 @@
+#include "host/fans/FanRelease.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <thread>
+
+#include "platform/Clock.h"
+#include "platform/machine/CurrentMachine.h"
+#include "tests/support/BreakableMachine.h"
+#include "tests/unit/host/TwoFans.h"
+
+namespace halvarin::test {
+namespace {
+
+using host::MachineOption;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class FanRelease : public TwoFans {
+ protected:
+  /// Fan 0 is forced, and its key cannot be written for half a second; time runs so fast that all
+  /// tries take three.
+  bool handsBackAfterAWhile(std::uint32_t status, MachineOption::Kind kind) {
+    start({key("F0Md", "ui8 ", {1})});
+    const auto machine = std::make_shared<BreakableMachine>(installed_.machine);
+    machine->breakKey("F0Md", 6, static_cast<platform::MachineStatus>(status));
+    platform::setMachine(machine, std::make_shared<platform::ScaledClock>(100));
+    std::thread mender([&machine] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(500));
+      machine->mend();
+    });
+    const bool done = host::handBackPersistently(*facade_, {{0}, false}, kind);
+    mender.join();
+    return done;
+  }
+};
+
+TEST_F(FanRelease, FindingOutWhyChangesNoKey) {
+  start({key("F0Md", "ui8 ", {0}), key("FS! ", "ui16", {1, 2}), key("Ftst", "ui8 ", {0})});
+  EXPECT_EQ(host::fanCommandStatus(0), std::nullopt);
+  EXPECT_THAT(writes(), ElementsAre("write Ftst size 1 bytes 00 -> done",
+                                    "write F0Md size 1 bytes 00 -> done",
+                                    "write F0Tg size 2 bytes 1F40 -> done"));
+}
+
+TEST_F(FanRelease, AModeKeyThatWasNotListedWholeHandsNothingBack) {
+  platform::Simulation simulation;
+  simulation.faults.push_back(faultOf("F0Md", 9));
+  start({key("F0Md", "ui8 ", {1})}, simulation);
+  EXPECT_FALSE(host::handBackFans(*facade_, {{0}, false}));
+}
+
+TEST_F(FanRelease, ForceBitsThatWereNotListedWholeHandNothingBack) {
+  platform::Simulation simulation;
+  simulation.faults.push_back(faultOf("FS! ", 9));
+  start({key("FS! ", "ui16", {0, 1})}, simulation);
+  EXPECT_FALSE(host::handBackFans(*facade_, {{0}, false}));
+}
+
+TEST_F(FanRelease, FindingOutWhyForcesNothing) {
+  start({key("F0Md", "ui8 ", {1}), key("Ftst", "ui8 ", {1})});
+  EXPECT_EQ(host::fanCommandStatus(0), std::nullopt);
+  EXPECT_THAT(writes(), ElementsAre("write F0Md size 1 bytes 00 -> done",
+                                    "write F0Tg size 2 bytes 1F40 -> done"));
+}
+
+TEST_F(FanRelease, FindingOutWhySetsNoForceBitOfTheFan) {
+  start({key("FS! ", "ui16", {0, 3})});
+  EXPECT_EQ(host::fanCommandStatus(1), std::nullopt);
+  EXPECT_EQ(writes().front(), "write FS!  size 2 bytes 0001 -> done");
+}
+
+TEST_F(FanRelease, FindingOutWhyOfTheFlagAloneTouchesNoFan) {
+  start({key("F0Md", "ui8 ", {1}), key("Ftst", "ui8 ", {1})});
+  EXPECT_EQ(host::releaseStatus({{}, true}), std::nullopt);
+  EXPECT_THAT(writes(), IsEmpty());
+}
+
+TEST_F(FanRelease, GoesOnWhileTheMachineIsBusy) {
+  EXPECT_TRUE(handsBackAfterAWhile(0xE00002D5, MachineOption::Kind::socket));
+}
+
+TEST_F(FanRelease, GoesOnWhileTheDriverOfThisComputerIsNotThere) {
+  EXPECT_TRUE(handsBackAfterAWhile(0xE00002C0, MachineOption::Kind::thisComputer));
+}
+
+TEST_F(FanRelease, EndsOnceTheProcessIsGoneThatServedTheMachine) {
+  EXPECT_FALSE(handsBackAfterAWhile(0xE00002C0, MachineOption::Kind::socket));
+}
+
+TEST_F(FanRelease, EndsWhereTheSystemDoesNotPermitIt) {
+  EXPECT_FALSE(handsBackAfterAWhile(0xE00002C1, MachineOption::Kind::thisComputer));
+}
+
+}  // namespace
+}  // namespace halvarin::test
