@@ -4,6 +4,7 @@
 #include <csignal>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "base/AtomicProperty.h"
@@ -91,6 +92,7 @@ class ForcedFan {
         facade_, FanGuard::start(options_, [this] { return isAsked_.load(); }),
         options_.machine.kind));
     if (!force()) {
+      handBack();
       say("Ended before " + name_ + " was forced.");
       return Exit::fine;
     }
@@ -98,7 +100,7 @@ class ForcedFan {
   }
 
  private:
-  enum class Hold { asked, taken, unguarded, unread };
+  enum class Hold { asked, taken, untaken, unguarded, unread };
 
   /// On the thread that takes the signals.
   void endNow() {
@@ -125,12 +127,16 @@ class ForcedFan {
   }
 
   Exit leave() {
-    const bool isForced = currentFan(*facade_, options_).isForced;
-    if (!isForced && !isAsked_) {
+    const FanView fan = currentFan(*facade_, options_);
+    if (!isAsked_ && !fan.isForced) {
       handBack();
+      if (fan.controlStatus != 0) {
+        refuseUnread("who controls " + name_, fan.controlStatus);
+      }
       refuseUntaken();
     }
     if (!control_.get()->leave()) {
+      handBack();  // the one who takes the signals may have failed
       say(name_ + " is under automatic control again.");
       return Exit::fine;
     }
@@ -151,41 +157,61 @@ class ForcedFan {
     return false;
   }
 
-  /// Holds the fan until something ends that.
+  /// The fan as the machine shows it now; absent when it does not show who controls it.
+  [[nodiscard]] std::optional<FanView> shownFan() {
+    const FansView view = readFansView(*facade_);
+    const bool isShown = fan_.index < view.fans.size() && view.fans[fan_.index].controlStatus == 0;
+    return isShown ? std::optional(view.fans[fan_.index]) : std::nullopt;
+  }
+
+  /// Holds the fan until something ends that, and says what it does once that can be seen.
   Hold holdOn() {
+    constexpr seconds kMoment(3);  // a fan has done most of its way by then
     constexpr seconds kLook(2);
     constexpr int kMostMisses = 5;  // a busy controller may not answer every time
+    bool isReported = false;
     for (int misses = 0; misses < kMostMisses;) {
-      if (!goesOnFor(kLook) || !std::cout) {
+      if (!goesOnFor(isReported ? kLook : kMoment) || !std::cout) {
         return Hold::asked;
       }
       if (!control_.get()->isGuarded()) {
         return Hold::unguarded;
       }
-      const FansView view = readFansView(*facade_);
-      misses = fan_.index < view.fans.size() ? 0 : misses + 1;
-      if (misses == 0 && !view.fans[fan_.index].isForced) {
-        return Hold::taken;
+      const std::optional<FanView> fan = shownFan();
+      if (isAsked_) {
+        return Hold::asked;  // it may have been handed back during the look
+      }
+      misses = fan ? 0 : misses + 1;
+      if (fan && !fan->isForced) {
+        return isReported ? Hold::taken : Hold::untaken;
+      }
+      if (fan && !isReported) {
+        report(*fan);
+        isReported = true;
       }
     }
     return Hold::unread;
   }
 
   Exit hold() {
-    constexpr seconds kMoment(3);  // a fan has done most of its way by then
     say("Ctrl-C hands it back.");
-    const bool isForced = !goesOnFor(kMoment) || report();
-    const Hold ending = isForced ? holdOn() : Hold::asked;
+    const Hold ending = holdOn();
     handBack();
-    if (!isForced) {
-      refuseUntaken();
-    }
     endHold(ending);
     return Exit::fine;
   }
 
   void handBack() {
-    if (!control_.get()->handBack()) {
+    const auto control = control_.get();
+    if (control->handBack()) {
+      return;
+    }
+    if (!control->isGuarded()) {
+      std::cerr << "halvarin: " << name_
+                << " could not be handed back yet, and the guardian has ended; trying for five "
+                   "minutes\n";
+    }
+    if (!control->handBackAtLast()) {
       refuseCommand(name_ + " could not be handed back", fan_.index);
     }
   }
@@ -196,24 +222,25 @@ class ForcedFan {
                     name_ + " did not take the command: it stayed under automatic control");
   }
 
+  /// Says how the hold has ended, of a fan that has been handed back.
   void endHold(Hold ending) {
+    if (ending == Hold::untaken) {
+      refuseUntaken();
+    }
     if (ending == Hold::unguarded) {
       throw ExitError(Exit::ownFailure, "the guardian has ended, so " + name_ + " was handed back");
     }
-    say(name_ + (ending == Hold::taken    ? " was handed back by something else."
-                 : ending == Hold::unread ? " could not be read any more and was handed back."
-                                          : " is under automatic control again."));
+    if (ending == Hold::unread) {
+      throw ExitError(Exit::ownFailure, name_ + " could not be read any more and was handed back");
+    }
+    say(name_ + (ending == Hold::taken ? " was handed back by something else."
+                                       : " is under automatic control again."));
     endFanUse(*facade_);
   }
 
-  /// Says what the fan does now; false when it is not forced.
-  bool report() {
-    const FanView fan = currentFan(*facade_, options_);
-    if (fan.isForced) {
-      say(name_ + " turns at " + rpmText(fan.speedRpm) + ", target " + rpmText(fan.targetRpm) +
-          " (" + proofOfForce(fan) + ")");
-    }
-    return fan.isForced;
+  void report(const FanView& fan) const {
+    say(name_ + " turns at " + rpmText(fan.speedRpm) + ", target " + rpmText(fan.targetRpm) + " (" +
+        proofOfForce(fan) + ")");
   }
 
   const Options& options_;
@@ -235,6 +262,9 @@ Exit handBack(const Options& options) {
     refuseCommand(fanName(fan) + " could not be handed back", fan.index);
   }
   const FanView now = currentFan(*facade, options);
+  if (now.controlStatus != 0) {
+    refuseUnread("who controls " + fanName(now), now.controlStatus);
+  }
   if (now.isForced) {
     throw ExitError(Exit::ownFailure,
                     fanName(now) + " did not take the command: " + proofOfForce(now));
