@@ -9,6 +9,7 @@
 #include "base/PrintableText.h"
 #include "base/ScopeGuard.h"
 #include "host/Exit.h"
+#include "host/LostKeys.h"
 #include "host/MachineChoice.h"
 #include "smc/KeyRecord.h"
 
@@ -35,7 +36,7 @@ void requireAccess(const QXSMCInterface& smc, const Options& options) {
   const kern_return_t status = IOServiceOpen(service, mach_task_self(), 0, &connection);
   if (status == KERN_SUCCESS) {
     IOServiceClose(connection);
-  } else if (exitFor(status) == Exit::notPermitted) {
+  } else if (service != IO_OBJECT_NULL) {
     refuseUnopened(options, status);
   }
 }
@@ -47,6 +48,7 @@ std::shared_ptr<QXHalvarin> openFacade(const Options& options) {
     refuseWithoutController(options);
   }
   requireAccess(*QXSMCInterface::sharedSMC(), options);
+  requireListedKeys(*QXSMCInterface::sharedSMC(), options);
   if (!facade->sensorDict()) {
     std::cerr << "halvarin: the sensor database does not know the model \""
               << printable(facade->machineModel())

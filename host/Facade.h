@@ -12,12 +12,14 @@ namespace halvarin::host {
 /// it cannot be read.
 [[nodiscard]] std::shared_ptr<QXHalvarin> openDatabase();
 
-/// Throws ExitError when the system does not let this user ask the controller for its keys. The
-/// library, whose connection is refused then, only sees a controller that lists none.
+/// Throws ExitError when a controller that is there cannot be opened, because the system does not
+/// let this user ask it or because it is busy. The library, whose connection is refused then, only
+/// sees a controller that lists no keys.
 void requireAccess(const QXSMCInterface& smc, const Options& options);
 
 /// Chooses the machine and starts the library on it. Throws ExitError when there is no controller,
-/// none that this user may ask, or no sensor database. Says on standard error when the database
+/// none that this user may ask, no sensor database, or a list of keys that lacks what the command
+/// needs (host/LostKeys.h). Says on standard error when the database
 /// does not know the model.
 [[nodiscard]] std::shared_ptr<QXHalvarin> openFacade(const Options& options);
 

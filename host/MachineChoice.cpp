@@ -9,6 +9,7 @@
 #include <utility>
 #include <variant>
 
+#include "base/NumberText.h"
 #include "base/PrintableText.h"
 #include "host/Exit.h"
 #include "platform/Clock.h"
@@ -200,7 +201,12 @@ void refuseUnopened(const Options& options, std::int32_t status) {
                              ? "root, or let others use the controller (docs/platforms.md says how)"
                              : "root and outside a sandbox"));
   }
-  refuseWithoutController(options);
+  if (exitFor(status) == Exit::noMachine) {
+    refuseWithoutController(options);
+  }
+  throw ExitError(Exit::ownFailure, "the controller cannot be opened (status " +
+                                        hexText(static_cast<std::uint32_t>(status)) +
+                                        "); try again: another program may be using it");
 }
 
 }  // namespace halvarin::host

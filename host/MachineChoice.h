@@ -27,8 +27,8 @@ void chooseMachine(const Options& options);
 /// Ends the program because there is no controller to ask.
 [[noreturn]] void refuseWithoutController(const Options& options);
 
-/// Ends the program because the controller could not be opened: not permitted, or there is none
-/// that can be used.
+/// Ends the program because the controller could not be opened: not permitted, there is none that
+/// can be used, or it is busy.
 [[noreturn]] void refuseUnopened(const Options& options, std::int32_t status);
 
 }  // namespace halvarin::host

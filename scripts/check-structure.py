@@ -46,6 +46,7 @@ TEST_FOLDERS = {
 TESTED_THROUGH_PROGRAM = {
     "platform/machine/foreign/UnchosenMachine.cpp": "tests/foreign/ForeignClientTest.cpp",
     "database/packer/main.cpp": "tests/program/PackerTest.cpp",
+    "host/Controller.cpp": "tests/program/KeysTest.cpp",
     "host/DescriptorsCommand.cpp": "tests/program/DescriptorsTest.cpp",
     "host/Facade.cpp": "tests/program/SensorsTest.cpp",
     "host/fans/FanCommand.cpp": "tests/program/FanTest.cpp",
@@ -54,6 +55,7 @@ TESTED_THROUGH_PROGRAM = {
     "host/fantest/TestFansCommand.cpp": "tests/program/TestFansTest.cpp",
     "host/fans/GuardianCommand.cpp": "tests/program/HandBackTest.cpp",
     "host/KeysCommand.cpp": "tests/program/KeysTest.cpp",
+    "host/LostKeys.cpp": "tests/program/LostKeysTest.cpp",
     "host/MachineChoice.cpp": "tests/program/MachineOptionsTest.cpp",
     "host/MachineOption.cpp": "tests/program/MachineOptionsTest.cpp",
     "host/MachineDump.cpp": "tests/program/KeysTest.cpp",

@@ -24,9 +24,15 @@ class BreakableMachine : public platform::Machine {
     const MutexLock lock(mutex_);
     broken_.push_back({std::string(key.rbegin(), key.rend()), command, status});
   }
+  /// From now on no connection can be opened.
+  void breakOpening(platform::MachineStatus status) {
+    const MutexLock lock(mutex_);
+    openStatus_ = status;
+  }
   void mend() {
     const MutexLock lock(mutex_);
     broken_.clear();
+    openStatus_ = 0;
   }
 
   [[nodiscard]] bool hasService(std::string_view serviceClass) override {
@@ -34,6 +40,12 @@ class BreakableMachine : public platform::Machine {
   }
   [[nodiscard]] platform::MachineStatus open(std::uint32_t type,
                                              std::uint32_t& connection) override {
+    {
+      const MutexLock lock(mutex_);
+      if (openStatus_ != 0) {
+        return openStatus_;
+      }
+    }
     return behind_->open(type, connection);
   }
   [[nodiscard]] platform::MachineStatus call(std::uint32_t connection, std::uint32_t selector,
@@ -69,6 +81,7 @@ class BreakableMachine : public platform::Machine {
   const std::shared_ptr<platform::Machine> behind_;
   Mutex mutex_;
   std::vector<Broken> broken_ HALVARIN_GUARDED_BY(mutex_);
+  platform::MachineStatus openStatus_ HALVARIN_GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace halvarin::test

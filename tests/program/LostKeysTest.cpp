@@ -1,0 +1,127 @@
+// A controller that did not answer while its keys were listed: what was not listed is not taken for
+// what the machine does not have.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/FanMachines.h"
+#include "tests/support/ProgramRun.h"
+#include "tests/support/ServedMachine.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace halvarin::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using Words = std::vector<std::string>;
+
+constexpr std::uint8_t kRead = 5;
+constexpr std::uint8_t kKeyByIndex = 8;
+constexpr std::uint8_t kKeyInfo = 9;
+constexpr auto kBusy = static_cast<platform::MachineStatus>(0xE00002D5);
+
+class LostKeys : public testing::Test {
+ protected:
+  LostKeys() : machine_(fanMachine(FanStyle::modeKeys)) {
+    setenv("HALVARIN_TEST_LOG_ROOT", logs_.path().c_str(), 1);
+  }
+  ProgramRun run(const Words& command) {
+    return runProgram(HALVARIN_ROOTED, machine_.words(command));
+  }
+  void expectRefused(const Words& command, const std::string& why) {
+    const ProgramRun refused = run(command);
+    EXPECT_EQ(refused.exit, 6) << testing::PrintToString(command) << refused.out << refused.err;
+    EXPECT_THAT(refused.out, Not(HasSubstr("Passed")));
+    EXPECT_THAT(refused.out, Not(HasSubstr("no fans")));
+    EXPECT_THAT(refused.err, HasSubstr(why)) << testing::PrintToString(command);
+    EXPECT_THAT(refused.err, HasSubstr("try again")) << testing::PrintToString(command);
+  }
+
+  const TemporaryFolder logs_;
+  ServedMachine machine_;
+};
+
+const std::vector<Words> kAboutFans{{"fans"},         {"fans", "--json"},   {},
+                                    {"test", "fans"}, {"fan", "0", "4000"}, {"fan", "0", "auto"}};
+
+TEST_F(LostKeys, CountOfFansAmongThemIsNoMachineWithoutFans) {
+  machine_.breakable().breakKey("FNum", kKeyInfo, kBusy);
+  for (const Words& command : kAboutFans) {
+    expectRefused(command, "FNum");
+  }
+  EXPECT_THAT(machine_.writes(), IsEmpty());
+}
+
+TEST_F(LostKeys, KeyOfAFanAmongThemEndsWhatIsAboutFans) {
+  machine_.breakable().breakKey("F1Mx", kKeyInfo, kBusy);
+  for (const Words& command : kAboutFans) {
+    expectRefused(command, "F1Mx");
+  }
+}
+
+TEST_F(LostKeys, AllOfThemAreNoControllerWithoutKeys) {
+  // A request by index carries the name that was asked for last.
+  machine_.breakable().breakKey("#KEY", kKeyByIndex, kBusy);
+  for (const Words& command : {Words{"fans"}, Words{"sensors"}, Words{}, Words{"test", "sensors"},
+                               Words{"test", "fans"}}) {
+    expectRefused(command, "none of the controller's 13 keys");
+  }
+}
+
+TEST_F(LostKeys, CountThatCannotBeReadIsNoControllerWithoutKeys) {
+  machine_.breakable().breakKey("#KEY", kRead, kBusy);
+  for (const Words& command : {Words{"fans"}, Words{"test", "sensors"}, Words{"test", "fans"}}) {
+    expectRefused(command, "the number of the controller's keys cannot be read (status e00002d5)");
+  }
+}
+
+TEST_F(LostKeys, SensorAmongThemLeavesNoVerdict) {
+  machine_.breakable().breakKey("TC0P", kKeyInfo, kBusy);
+  expectRefused({"test", "sensors"}, "TC0P");
+  const ProgramRun listed = run({"sensors"});
+  EXPECT_EQ(listed.exit, 0);
+  EXPECT_THAT(listed.err,
+              HasSubstr("halvarin: 1 of the controller's 13 keys was not listed (TC0P)"));
+  EXPECT_EQ(run({"fans"}).exit, 0);
+}
+
+TEST_F(LostKeys, ControllerThatCannotBeOpenedIsNoneWithoutKeys) {
+  machine_.breakable().breakOpening(static_cast<platform::MachineStatus>(0xE00002C5));
+  for (const Words& command :
+       {Words{"fans"}, Words{"sensors"}, Words{"test", "fans"}, Words{"keys"}}) {
+    expectRefused(command, "the controller cannot be opened (status e00002c5)");
+  }
+}
+
+TEST(KeysThatCannotBeListed, AreNotLost) {
+  platform::RecordedMachine machine = fanMachine(FanStyle::modeKeys);
+  machine.keys.push_back(key("\xFF\xFE\xFD\xFC", "ui8 ", {1}));  // no text
+  machine.keys[0].bytes[3] = 20;                                 // more than there are
+  ServedMachine served(std::move(machine));
+  const ProgramRun run = halvarinRun(served.words({"fans"}));
+  EXPECT_EQ(run.exit, 0) << run.err;
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(halvarinRun(served.words({"test", "sensors"})).exit, 0);
+}
+
+TEST(KeysThatCannotBeListed, AreNoneOnMachinesThatSayTheyHaveNone) {
+  for (const char* file : {"count-of-zero.txt", "empty-list.txt", "no-count-key.txt",
+                           "hidden-keys.txt", "zero-byte-codes.txt"}) {
+    for (const Words& command : {Words{"fans"}, Words{"sensors"}}) {
+      Words words{"--machine", machineFile(file)};
+      words.insert(words.end(), command.begin(), command.end());
+      const ProgramRun run = halvarinRun(words);
+      EXPECT_EQ(run.exit, 0) << file << run.err;
+      EXPECT_THAT(run.err, Not(HasSubstr("not listed"))) << file;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace halvarin::test
