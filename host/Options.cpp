@@ -295,7 +295,9 @@ void addCommands(CLI::App& app, Options& options, RawOptions& raw) {
   auto* descriptors = addCommand(app, options, Command::descriptors, "descriptors",
                                  "the names of all sensors that the database knows, by kind");
   descriptors->add_flag("--json", options.json, kJsonHelp);
-  addCommand(app, options, Command::guardian, kGuardianCommand, "")->group("");
+  auto* guardian = addCommand(app, options, Command::guardian, kGuardianCommand, "");
+  guardian->add_option("N", options.guardedFans, "the fans that may be forced")->required();
+  guardian->group("");
 }
 
 /// The command line with an interval in every --watch: a word after it is never its interval.

@@ -47,6 +47,7 @@ struct Options {
   bool force = false;                                     // fan: also outside its range
   bool leave = false;                                     // fan: leave it forced
   std::vector<std::uint32_t> testedFans;                  // test fans: these; empty for all
+  std::vector<std::uint32_t> guardedFans;                 // guardian: these
   std::optional<std::string> csvUser;                     // test fans: whose files the samples are
   std::optional<std::string> keyPattern;                  // keys
   bool dump = false;                                      // keys

@@ -89,7 +89,7 @@ class ForcedFan {
     std::signal(SIGTSTP, SIG_IGN);  // a suspended program could not hand its fan back
     say(printable(headingLine(machineHeading(options_, facade_->machineModel()))));
     control_.set(std::make_shared<FanControl>(
-        facade_, FanGuard::start(options_, [this] { return isAsked_.load(); }),
+        facade_, FanGuard::start(options_, {fan_.index}, [this] { return isAsked_.load(); }),
         options_.machine.kind));
     if (!force()) {
       handBack();

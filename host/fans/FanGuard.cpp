@@ -51,12 +51,16 @@ struct Pipe {
   int writeEnd = -1;
 };
 
-std::vector<std::string> guardianWords(const Options& options) {
+std::vector<std::string> guardianWords(const Options& options,
+                                       const std::vector<std::uint32_t>& fans) {
   std::vector<std::string> words{platform::ownExecutablePath()};
   if (options.machine.kind == MachineOption::Kind::socket) {
     words.push_back("--machine=socket:" + options.machine.path);
   }
   words.emplace_back(kGuardianCommand);
+  for (const std::uint32_t fan : fans) {
+    words.push_back(std::to_string(fan));
+  }
   return words;
 }
 
@@ -94,15 +98,17 @@ ssize_t readByte(int descriptor, int milliseconds) {
 }  // namespace
 
 std::unique_ptr<FanGuard> FanGuard::start(const Options& options,
+                                          const std::vector<std::uint32_t>& fans,
                                           const std::function<bool()>& isAsked) {
   if (options.machine.kind == MachineOption::Kind::simulated ||
       options.machine.kind == MachineOption::Kind::file) {
     return nullptr;
   }
   std::signal(SIGPIPE, SIG_IGN);  // a guardian that has died is a failed write, not our end
+  std::signal(SIGCHLD, SIG_DFL);  // else its number may be another's when we kill it or wait for it
   const Pipe orders;
   const Pipe answers;
-  const pid_t process = spawnApart(guardianWords(options), orders.readEnd, answers.writeEnd);
+  const pid_t process = spawnApart(guardianWords(options, fans), orders.readEnd, answers.writeEnd);
   close(orders.readEnd);
   close(answers.writeEnd);
   std::unique_ptr<FanGuard> guard(new FanGuard(process, orders.writeEnd, answers.readEnd));
@@ -111,7 +117,7 @@ std::unique_ptr<FanGuard> FanGuard::start(const Options& options,
   }
   guard->waitUntilReady(isAsked);
   if (!guard->isReady_ && !isAsked()) {
-    refuse("it did not reach the machine and the keys of all fans in time");
+    refuse("it did not reach the machine and the keys of the fans in time");
   }
   return guard->isReady_ ? std::move(guard) : nullptr;
 }

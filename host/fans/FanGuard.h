@@ -17,11 +17,12 @@ namespace halvarin::host {
 /// only the program holds.
 class FanGuard {
  public:
-  /// Starts the guardian for the machine of these options and waits until it is ready. Null for
-  /// machines that end with the program, and when the program was asked to end meanwhile, which
+  /// Starts the guardian for these fans of the options' machine and waits until it is ready. Null
+  /// for machines that end with the program, and when the program was asked to end meanwhile, which
   /// `isAsked` tells for good from then on: no fan may be forced any more. Throws ExitError when
   /// the guardian cannot be had: without it no fan may be forced.
   [[nodiscard]] static std::unique_ptr<FanGuard> start(const Options& options,
+                                                       const std::vector<std::uint32_t>& fans,
                                                        const std::function<bool()>& isAsked);
 
   /// Lets the guardian go and waits until it has ended; ends one that is not ready.

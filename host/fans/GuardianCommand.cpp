@@ -4,11 +4,12 @@
 #include <csignal>
 #include <iostream>
 #include <string>
+#include <vector>
 
+#include "host/LostKeys.h"
 #include "host/MachineChoice.h"
 #include "host/fans/FanGuard.h"
 #include "host/fans/FanRelease.h"
-#include "host/fans/FanView.h"
 #include "sensors/QXHalvarin.h"
 #include "smc/QXSMCInterface.h"
 
@@ -16,12 +17,12 @@ namespace halvarin::host {
 
 namespace {
 
-/// It is not known yet which of the fans are going to be forced.
-bool canHandAllBack(QXHalvarin& facade) {
-  const FansView view = readFansView(facade);
-  return !view.fans.empty() &&
-         std::all_of(view.fans.begin(), view.fans.end(),
-                     [](const FanView& fan) { return canHandBack(fan.index); });
+/// Whether the guardian knows the keys by which these fans are handed back. One that was lost at
+/// listing may also be the key that would be tried first.
+bool canHandAllBack(const Options& options) {
+  const std::vector<std::uint32_t>& fans = options.guardedFans;
+  return std::all_of(fans.begin(), fans.end(), canHandBack) &&
+         !lostKeys(*QXSMCInterface::sharedSMC(), options).mayConcernFans();
 }
 
 /// Signals that may reach a whole group of processes are the program's affair.
@@ -56,8 +57,8 @@ Exit runGuardian(const Options& options) {
   if (!facade || !QXSMCInterface::sharedSMC()) {
     return Exit::noMachine;
   }
-  if (!canHandAllBack(*facade)) {
-    std::cerr << "halvarin: the guardian did not find the keys of all fans\n";
+  if (!canHandAllBack(options)) {
+    std::cerr << "halvarin: the guardian did not find the keys of the fans\n";
     return Exit::ownFailure;
   }
   std::cout << '.' << std::flush;

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iostream>
 #include <utility>
 
 #include "base/NumberText.h"
 #include "host/fans/FanRelease.h"
 #include "host/fans/FanView.h"
+#include "selftest/TestStatus.h"
 
 namespace halvarin::host {
 
@@ -36,7 +38,9 @@ FanBatch::FanBatch(const Options& options, std::shared_ptr<QXHalvarin> facade,
       watch_(std::move(watch)) {}
 
 FanBatchEnd FanBatch::run(const std::function<void(const FanTestWatch& watch)>& show) {
-  guardFans();
+  if (!guardFans()) {
+    return canceledEnd();
+  }
   manager_->setDelegate(watch_);
   starter_.async([this] {
     manager_->startTesting(nullptr);
@@ -54,26 +58,41 @@ FanBatchEnd FanBatch::run(const std::function<void(const FanTestWatch& watch)>& 
 
 void FanBatch::askForEnd() {
   isAsked_ = true;
+  cancel();  // here too: the thread that runs the batch may wait for a terminal that takes nothing
   told_.signal();
 }
 
+/// What is left of a batch whose end was asked for before its first command.
+FanBatchEnd FanBatch::canceledEnd() {
+  std::cerr << "halvarin: ended before a fan was tested\n";
+  for (const auto& test : manager_->fanTests()) {
+    test->setStatus(std::string(status::kCanceled));
+  }
+  return {manager_->fanTestResults(), std::nullopt};
+}
+
 /// The guardian is told of every fan before the first command, for the tests give none a chance to
-/// tell it in time.
-void FanBatch::guardFans() {
-  guard_ = FanGuard::start(options_, [this] { return isAsked_.load(); });
+/// tell it in time. False when the end was asked for meanwhile.
+bool FanBatch::guardFans() {
+  std::vector<std::uint32_t> fans;
+  for (const FanTestWatch::Fan& fan : fans_) {
+    fans.push_back(fan.index);
+  }
+  guard_ = FanGuard::start(options_, fans, [this] { return isAsked_.load(); });
   if (isAsked_) {
-    throw ExitError(Exit::canceled, "ended before a fan was tested");
+    return false;
   }
   if (!guard_) {
-    return;
+    return true;
   }
   bool isTold = !hasTestFlag() || guard_->testFlagIsOn();
-  for (const FanTestWatch::Fan& fan : fans_) {
-    isTold = isTold && guard_->fanIsForced(fan.index);
+  for (const std::uint32_t fan : fans) {
+    isTold = isTold && guard_->fanIsForced(fan);
   }
   if (!isTold) {
     throw ExitError(Exit::ownFailure, "the guardian has ended, so no fan was tested");
   }
+  return true;
 }
 
 void FanBatch::attend(const std::function<void(const FanTestWatch& watch)>& show) {

@@ -48,7 +48,8 @@ class FanBatch {
     std::string line;
   };
 
-  void guardFans();
+  [[nodiscard]] bool guardFans();
+  [[nodiscard]] FanBatchEnd canceledEnd();
   void attend(const std::function<void(const FanTestWatch& watch)>& show);
   void cancel();
   [[nodiscard]] bool hasEnded() const;

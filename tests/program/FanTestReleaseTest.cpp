@@ -6,7 +6,9 @@
 
 #include <chrono>
 #include <csignal>
+#include <nlohmann/json.hpp>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/support/FanMachines.h"
@@ -128,6 +130,42 @@ TEST_F(TestedFans, AreNotSaidToBeTriedOnByAGuardianThatIsDead) {
   EXPECT_EQ(run->exit, 6) << run->out << run->err;
   EXPECT_THAT(run->err, HasSubstr("the guardian has ended, so the fan self-test was canceled; fan "
                                   "0 could not be handed back (status e00002d5)\n"));
+}
+
+TEST_F(TestedFans, AreHandedBackThoughTheTerminalTakesNothingMore) {
+  ServedMachine machine(fanMachine(FanStyle::modeKeys), {}, 2);
+  RunningProgram program(HALVARIN_ROOTED, machine.words({"test", "fans", "--fan", "0"}),
+                         TerminalSize{});
+  ASSERT_TRUE(program.waitForOutput("rah_max", kMost));
+  program.type("\x13");                // Ctrl-S
+  std::this_thread::sleep_for(300ms);  // so that the program has met it
+  ASSERT_EQ(machine.number("F0Md", 1), 1U);
+  program.signal(SIGTERM);
+  EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return machine.number("F0Md", 1) == 0; }));
+  program.type("\x11");
+  const auto run = program.waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->exit, 4) << run->out;
+}
+
+TEST_F(TestedFans, AreCanceledResultsWhenTheEndIsAskedForBeforeTheGuardianIsReady) {
+  platform::Simulation slow;
+  slow.latency = 40ms * ServedMachine::kFactor;
+  ServedMachine machine(fanMachine(FanStyle::modeKeys), slow);
+  const auto words = machine.words({"test", "fans", "--json"});
+  RunningProgram program(HALVARIN_ROOTED, words);
+  ASSERT_TRUE(becomesTrue(kMost, [&] { return guardianOf(words[1]) != 0; }));
+  program.signal(SIGINT);
+  const auto run = program.waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->exit, 4) << run->err;
+  EXPECT_THAT(run->err, HasSubstr("halvarin: ended before a fan was tested\n"));
+  ASSERT_TRUE(nlohmann::json::accept(run->out)) << run->out;
+  const auto test = nlohmann::json::parse(run->out);
+  EXPECT_EQ(test["status"], "Canceled");
+  ASSERT_EQ(test["fanTestResults"].size(), 2U);
+  EXPECT_EQ(test["fanTestResults"][1]["status"], "Canceled");
+  EXPECT_THAT(machine.writes(), testing::IsEmpty());
 }
 
 }  // namespace

@@ -216,11 +216,24 @@ TEST(HoldingAFan, NoFanIsForcedUnderAGuardianThatDoesNotKnowItsKey) {
     // What a guardian finds that was started while the controller was busy.
     constexpr std::uint8_t kKeyInfo = 9;
     machine.breakable().breakKey(key, kKeyInfo, static_cast<platform::MachineStatus>(0xE00002D5));
-    const ProgramRun guardian = halvarinRun(machine.words({"hand-back-fans"}));
+    const ProgramRun guardian = halvarinRun(machine.words({"hand-back-fans", "0"}));
     EXPECT_EQ(guardian.exit, 6) << guardian.err;
     EXPECT_EQ(guardian.out, "") << "it did not say that it is ready";
-    EXPECT_THAT(guardian.err, testing::HasSubstr("did not find the keys of all fans"));
+    EXPECT_THAT(guardian.err, testing::HasSubstr("did not find the keys of the fans"));
   }
+}
+
+TEST(HoldingAFan, WorksBesideAFanThatNothingCanForce) {
+  ServedMachine machine(
+      machineWith({key("F0Ac", "fpe2", {0x1F, 0x40}), key("F0Md", "ui8 ", {0}),
+                   key("F0Mn", "fpe2", {0x12, 0xC0}), key("F0Mx", "fpe2", {0x5D, 0xC0}),
+                   key("F0Tg", "fpe2", {0x1F, 0x40}), key("F1Ac", "fpe2", {0x1F, 0x40}),
+                   key("FNum", "ui8 ", {2})},
+                  "MacBookPro16,1"));
+  RunningProgram program(HALVARIN_PROGRAM, machine.words({"fan", "0", "4000"}));
+  EXPECT_TRUE(program.waitForOutput("turns at", kMost)) << program.soFar().err;
+  program.signal(SIGINT);
+  EXPECT_EQ(program.waitForEnd(kMost)->exit, 0);
 }
 
 TEST(HoldingAFan, NoFanIsForcedOnceTheMachineIsGone) {

@@ -6,10 +6,12 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdint>
+#include <fstream>
 #include <optional>
 #include <string>
 #include <thread>
-#include <utility>
+#include <vector>
 
 #include "tests/support/FanMachines.h"
 #include "tests/support/Guardian.h"
@@ -111,6 +113,30 @@ TEST(FanKeysLostAtListing, FanIsNotSaidToBeAutomatic) {
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(machine.number(key, size), 1U);
   }
+}
+
+/// Whether a running process ignores a signal.
+bool ignores(pid_t process, int signal) {
+  std::ifstream status("/proc/" + std::to_string(process) + "/status");
+  for (std::string word; status >> word;) {
+    if (std::uint64_t mask = 0; word == "SigIgn:" && status >> std::hex >> mask) {
+      return ((mask >> (signal - 1)) & 1U) != 0;
+    }
+  }
+  return false;
+}
+
+TEST(HeldFanOfACarelessParent, EndOfTheGuardianIsKeptUntilTheProgramAsksForIt) {
+  ServedMachine machine(fanMachine(FanStyle::modeKeys));
+  // Whose children's ends are ignored may find a child's number given to another process.
+  std::vector<std::string> words{"--ignore-signal=CHLD", HALVARIN_PROGRAM};
+  const auto command = machine.words({"fan", "0", "4000"});
+  words.insert(words.end(), command.begin(), command.end());
+  RunningProgram program("/usr/bin/env", words);
+  ASSERT_TRUE(program.waitForOutput("Ctrl-C hands it back", kMost)) << program.soFar().err;
+  EXPECT_FALSE(ignores(program.pid(), SIGCHLD));
+  program.signal(SIGINT);
+  EXPECT_EQ(program.waitForEnd(kMost)->exit, 0);
 }
 
 /// A program that holds fan 0 of a machine with mode keys.
