@@ -19,7 +19,7 @@ constexpr std::size_t kMostPathBytes = 4096;  // more than the system's own limi
 }  // namespace
 
 std::optional<std::string> auxiliaryExecutablePath(std::string_view name) {
-  const CFBundleRef bundle = CFBundleGetMainBundle();  // null where the system finds none
+  CFBundleRef bundle = CFBundleGetMainBundle();  // null where the system finds none
   const Owned<CFURLRef> place(
       bundle != nullptr ? CFBundleCopyAuxiliaryExecutableURL(bundle, cfTextOfAnyBytes(name).get())
                         : nullptr);
@@ -43,7 +43,7 @@ std::string ownExecutablePath() {
 }
 
 std::string bundleText(std::string_view text) {
-  const CFBundleRef bundle = CFBundleGetMainBundle();
+  CFBundleRef bundle = CFBundleGetMainBundle();
   const Owned<CFStringRef> key = cfText(text);
   const Owned<CFStringRef> translation(
       key && bundle != nullptr ? CFBundleCopyLocalizedString(bundle, key.get(), nullptr, nullptr)
