@@ -121,7 +121,7 @@ LostKeys lostKeys(const QXSMCInterface& smc, const Options& options) {
   const Controller controller(options);
   lost.count = known ? *known : countAsked(controller, options);
   for (std::uint32_t i = 0; i < lost.count; ++i) {
-    if (listed.count(std::to_string(i)) > 0) {
+    if (listed.contains(std::to_string(i))) {
       continue;
     }
     if (auto name = lostAt(i, controller, *table)) {
