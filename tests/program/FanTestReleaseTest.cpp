@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <chrono>
 #include <csignal>
@@ -14,9 +13,9 @@
 #include "tests/support/FanMachines.h"
 #include "tests/support/Guardian.h"
 #include "tests/support/ProgramRun.h"
+#include "tests/support/RootedLogs.h"
 #include "tests/support/RunningProgram.h"
 #include "tests/support/ServedMachine.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Until.h"
 
 namespace halvarin::test {
@@ -34,9 +33,7 @@ constexpr auto kBusy = static_cast<platform::MachineStatus>(0xE00002D5);
 /// `test fans` with its logs in a folder of the test's own.
 class TestedFans : public testing::Test {
  protected:
-  void SetUp() override { setenv("HALVARIN_TEST_LOG_ROOT", logs_.path().c_str(), 1); }
-
-  const TemporaryFolder logs_;
+  const RootedLogs logs_;
 };
 
 TEST_F(TestedFans, TestFlagThatCouldNotBeSwitchedOffIsLeftToTheGuardian) {

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
@@ -11,7 +10,7 @@
 #include <vector>
 
 #include "tests/support/ProgramRun.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/RootedLogs.h"
 
 namespace halvarin::test {
 namespace {
@@ -22,8 +21,6 @@ using Words = std::vector<std::string>;
 
 class FanTestRequest : public testing::Test {
  protected:
-  void SetUp() override { setenv("HALVARIN_TEST_LOG_ROOT", logs_.path().c_str(), 1); }
-
   /// `test fans` on a machine, in hurried time.
   [[nodiscard]] static ProgramRun run(const std::string& machine, const Words& words) {
     Words all{"--machine", machine, "--clock", "400", "test", "fans"};
@@ -52,7 +49,7 @@ class FanTestRequest : public testing::Test {
     return path;
   }
 
-  const TemporaryFolder logs_;
+  const RootedLogs logs_;
 };
 
 TEST_F(FanTestRequest, MachineThatGoesAwayBeforeTheTestIsNotPassed) {

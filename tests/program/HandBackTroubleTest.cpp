@@ -45,6 +45,18 @@ class SlowMachine : public testing::Test {
  protected:
   SlowMachine() : machine_(fanMachine(FanStyle::modeKeys), slow()) {}
   bool isForced(const char* key = "F0Md") { return machine_.number(key, 1) != 0; }
+  /// Ends the program by Ctrl-C while it looks at its fan, after it has said so much.
+  void expectAnOrderlyEnd(const char* said) {
+    RunningProgram program(HALVARIN_PROGRAM, machine_.words({"fan", "1", "2500"}));
+    ASSERT_TRUE(program.waitForOutput(said, kMost));
+    const std::size_t looks = machine_.readCount("TC0P");
+    ASSERT_TRUE(becomesTrue(kMost, [&] { return machine_.readCount("TC0P") > looks; }));
+    program.signal(SIGINT);
+    const auto run = program.waitForEnd(kMost);
+    ASSERT_TRUE(run);
+    EXPECT_EQ(run->exit, 0) << run->err;
+    EXPECT_THAT(run->out, HasSubstr("Fan 1 is under automatic control again."));
+  }
 
   ServedMachine machine_;
 };
@@ -78,27 +90,11 @@ TEST_F(SlowMachine, FanThatWasForcedByHalfIsNotSaidToBeUnforced) {
 }
 
 TEST_F(SlowMachine, CtrlCDuringALookIsNobodyElsesHandBack) {
-  RunningProgram program(HALVARIN_PROGRAM, machine_.words({"fan", "1", "2500"}));
-  ASSERT_TRUE(program.waitForOutput("turns at", kMost));
-  const std::size_t looks = machine_.readCount("TC0P");
-  ASSERT_TRUE(becomesTrue(kMost, [&] { return machine_.readCount("TC0P") > looks; }));
-  program.signal(SIGINT);
-  const auto run = program.waitForEnd(kMost);
-  ASSERT_TRUE(run);
-  EXPECT_EQ(run->exit, 0) << run->err;
-  EXPECT_THAT(run->out, HasSubstr("Fan 1 is under automatic control again."));
+  expectAnOrderlyEnd("turns at");
 }
 
 TEST_F(SlowMachine, CtrlCDuringTheFirstLookIsNoRefusedCommand) {
-  RunningProgram program(HALVARIN_PROGRAM, machine_.words({"fan", "1", "2500"}));
-  ASSERT_TRUE(program.waitForOutput("Ctrl-C hands it back", kMost));
-  const std::size_t looks = machine_.readCount("TC0P");
-  ASSERT_TRUE(becomesTrue(kMost, [&] { return machine_.readCount("TC0P") > looks; }));
-  program.signal(SIGINT);
-  const auto run = program.waitForEnd(kMost);
-  ASSERT_TRUE(run);
-  EXPECT_EQ(run->exit, 0) << run->err;
-  EXPECT_THAT(run->out, HasSubstr("Fan 1 is under automatic control again."));
+  expectAnOrderlyEnd("Ctrl-C hands it back");
 }
 
 TEST(FanKeysLostAtListing, FanIsNotSaidToBeAutomatic) {

@@ -3,15 +3,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <string>
 #include <vector>
 
 #include "tests/support/FanMachines.h"
 #include "tests/support/ProgramRun.h"
+#include "tests/support/RootedLogs.h"
 #include "tests/support/ServedMachine.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace halvarin::test {
 namespace {
@@ -28,9 +27,7 @@ constexpr auto kBusy = static_cast<platform::MachineStatus>(0xE00002D5);
 
 class LostKeys : public testing::Test {
  protected:
-  LostKeys() : machine_(fanMachine(FanStyle::modeKeys)) {
-    setenv("HALVARIN_TEST_LOG_ROOT", logs_.path().c_str(), 1);
-  }
+  LostKeys() : machine_(fanMachine(FanStyle::modeKeys)) {}
   ProgramRun run(const Words& command) {
     return runProgram(HALVARIN_ROOTED, machine_.words(command));
   }
@@ -43,7 +40,7 @@ class LostKeys : public testing::Test {
     EXPECT_THAT(refused.err, HasSubstr("try again")) << testing::PrintToString(command);
   }
 
-  const TemporaryFolder logs_;
+  const RootedLogs logs_;
   ServedMachine machine_;
 };
 

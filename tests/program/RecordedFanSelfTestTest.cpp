@@ -19,8 +19,8 @@
 #include "base/FileBytes.h"
 #include "tests/support/ProgramJournal.h"
 #include "tests/support/ProgramRun.h"
+#include "tests/support/RootedLogs.h"
 #include "tests/support/SharedData.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace halvarin::test {
 namespace {
@@ -83,8 +83,6 @@ std::vector<double> targetsIn(const Words& writes) {
 
 class FanSelfTest : public testing::Test {
  protected:
-  void SetUp() override { setenv("HALVARIN_TEST_LOG_ROOT", logs_.path().c_str(), 1); }
-
   void testFansOf(const std::string& machine, const Before& before) {
     result_ = runProgram(HALVARIN_ROOTED, {"--machine", machine, "--clock", clockFor(before),
                                            "--journal", journal_, "--json", "test", "fans"});
@@ -174,7 +172,7 @@ class FanSelfTest : public testing::Test {
     EXPECT_EQ(words.back(), "0000");
   }
 
-  const TemporaryFolder logs_;
+  const RootedLogs logs_;
   const std::string journal_ = logs_.file("journal");
 };
 
@@ -235,7 +233,6 @@ class RecordedFanSelfTest : public FanSelfTest {
     if (recordedModels().empty()) {
       GTEST_SKIP() << "no recorded machines in " << sharedData() / "dumps";
     }
-    FanSelfTest::SetUp();
   }
 };
 

@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <chrono>
@@ -13,9 +12,9 @@
 #include "tests/support/FanMachines.h"
 #include "tests/support/ProgramJournal.h"
 #include "tests/support/ProgramRun.h"
+#include "tests/support/RootedLogs.h"
 #include "tests/support/RunningProgram.h"
 #include "tests/support/ServedMachine.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Until.h"
 
 namespace halvarin::test {
@@ -37,8 +36,6 @@ constexpr int kWholeRun = 50;
 /// `test fans` with its logs in a folder of the test's own.
 class TestFans : public testing::Test {
  protected:
-  void SetUp() override { setenv("HALVARIN_TEST_LOG_ROOT", logs_.path().c_str(), 1); }
-
   [[nodiscard]] static ProgramRun run(const std::string& machine, const Words& words = {},
                                       const std::string& clock = "100") {
     Words all{"--machine", machine, "--clock", clock};
@@ -60,7 +57,7 @@ class TestFans : public testing::Test {
     return names;
   }
 
-  const TemporaryFolder logs_;
+  const RootedLogs logs_;
 };
 
 // ---- healthy machines --------------------------------------------------------------------------
