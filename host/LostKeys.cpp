@@ -1,5 +1,7 @@
 #include "host/LostKeys.h"
 
+#include <IOKit/IOKitLib.h>
+
 #include <algorithm>
 #include <iostream>
 #include <optional>
@@ -11,6 +13,7 @@
 #include "host/Controller.h"
 #include "host/Exit.h"
 #include "host/MachineChoice.h"
+#include "sensors/FanKey.h"
 #include "smc/KeyCode.h"
 #include "smc/KeyRecord.h"
 
@@ -62,21 +65,40 @@ std::uint32_t countAsked(const Controller& controller, const Options& options) {
   return key.bytes.size() <= sizeof count ? count : 0;
 }
 
+/// Whether a status that a single key gave is no property of that key: it may be answered in a
+/// moment.
+bool isPassing(std::int32_t status, const Controller& controller) {
+  return status == kIOReturnBusy || status == kIOReturnNoResources ||
+         controller.key(swappedCode(recordInteger(kCountKey))).status != 0;
+}
+
+/// Whether a named key was lost for a moment alone: it is answered for now, or in a moment.
+bool isDescribedNow(std::uint32_t wireKey, const Controller& controller) {
+  SMCCallRecord request;
+  SMCCallRecord reply;
+  request.key = wireKey;
+  request.command = kSMCCmdGetKeyInfo;
+  const std::int32_t status = controller.call(request, reply);
+  return status == 0 || isPassing(status, controller);
+}
+
 /// The name of the key at a place that was not listed whole, "" when the controller does not tell
-/// it; absent for a key that cannot be listed.
+/// it at the moment; absent for a key that cannot be listed: its name is no text, or the controller
+/// never tells what it is.
 std::optional<std::string> lostAt(std::uint32_t index, const Controller& controller,
                                   const Dictionary& table) {
   SMCCallRecord request;
   SMCCallRecord reply;
   request.command = kSMCCmdReadKeyByIndex;
   request.data32 = index;
-  if (controller.call(request, reply) != 0) {
-    return "";
+  if (const std::int32_t status = controller.call(request, reply); status != 0) {
+    return isPassing(status, controller) ? std::optional<std::string>("") : std::nullopt;
   }
   const auto name = reply.result == 0 ? codeText(swappedCode(reply.key)) : std::nullopt;
   const auto characters = name ? utf16(*name) : std::nullopt;
   const bool canBeListed = characters && characters->size() == 4;
-  return canBeListed && !isWhole(table.get(*name).dictionary()) ? name : std::nullopt;
+  const bool isMissing = canBeListed && !isWhole(table.get(*name).dictionary());
+  return isMissing && isDescribedNow(reply.key, controller) ? name : std::nullopt;
 }
 
 bool isAboutFans(Command command) {
@@ -86,6 +108,26 @@ bool isAboutFans(Command command) {
 
 bool isTest(Command command) {
   return command == Command::testSensors || command == Command::testFans;
+}
+
+/// The keys without which a fan cannot be handed back, or only seemingly.
+bool isNeededToHandBack(const std::string& name, std::uint32_t fan) {
+  return name == fan::kCountKey || name == fan::kForceBitsKey ||
+         name == fan::key(fan, fan::kModeSuffix) || name == fan::key(fan, fan::kLowerModeSuffix);
+}
+
+/// Whether what the command would say or do without the lost keys is not true or not done. To hand
+/// a fan back is never given up for a key that it can do without.
+bool isNeeded(const LostKeys& lost, const Options& options) {
+  if (lost.isAll || isTest(options.command)) {
+    return true;
+  }
+  if (options.command == Command::fan && options.handsFanBack) {
+    return std::any_of(lost.names.begin(), lost.names.end(), [&](const std::string& name) {
+      return isNeededToHandBack(name, options.fan);
+    });
+  }
+  return isAboutFans(options.command) && lost.mayConcernFans();
 }
 
 }  // namespace
@@ -105,7 +147,8 @@ std::string LostKeys::text() const {
     named += (i > 0 ? ", " : "") + (names[i].empty() ? "one without a name" : names[i]);
   }
   named += names.size() > kMostNamed ? ", ..." : "";
-  return std::to_string(names.size()) + " of the controller's " + std::to_string(count) + " keys " +
+  return std::string(isCut ? "at least " : "") + std::to_string(names.size()) +
+         " of the controller's " + std::to_string(count) + " keys " +
          (names.size() == 1 ? "was" : "were") + " not listed (" + named + ")";
 }
 
@@ -120,8 +163,11 @@ LostKeys lostKeys(const QXSMCInterface& smc, const Options& options) {
   }
   const Controller controller(options);
   lost.count = known ? *known : countAsked(controller, options);
-  for (std::uint32_t i = 0; i < lost.count; ++i) {
-    if (listed.contains(std::to_string(i))) {
+  // Each key that is busy takes its time, and a few tell as much as all.
+  constexpr std::size_t kEnough = 8;
+  for (std::uint32_t i = 0; i < lost.count && !lost.isCut; ++i) {
+    lost.isCut = lost.names.size() >= kEnough;
+    if (lost.isCut || listed.contains(std::to_string(i))) {
       continue;
     }
     if (auto name = lostAt(i, controller, *table)) {
@@ -137,8 +183,7 @@ void requireListedKeys(const QXSMCInterface& smc, const Options& options) {
   if (lost.names.empty()) {
     return;
   }
-  if (lost.isAll || isTest(options.command) ||
-      (isAboutFans(options.command) && lost.mayConcernFans())) {
+  if (isNeeded(lost, options)) {
     throw ExitError(Exit::ownFailure, lost.text() + kAdvice);
   }
   std::cerr << "halvarin: " << printable(lost.text()) << kAdvice << "\n";

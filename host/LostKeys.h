@@ -15,6 +15,7 @@ struct LostKeys {
   std::vector<std::string> names;  // "" for one whose name is not known even now
   std::uint32_t count = 0;         // of keys that the controller says it has
   bool isAll = false;              // nothing was listed
+  bool isCut = false;              // there may be more of them
 
   /// Whether a key may be among them that belongs to the fans, whose names begin with "F".
   [[nodiscard]] bool mayConcernFans() const;

@@ -206,7 +206,8 @@ void refuseUnopened(const Options& options, std::int32_t status) {
   }
   throw ExitError(Exit::ownFailure, "the controller cannot be opened (status " +
                                         hexText(static_cast<std::uint32_t>(status)) +
-                                        "); try again: another program may be using it");
+                                        "); try again: another program may be using it "
+                                        "(docs/platforms.md says what else it may be)");
 }
 
 }  // namespace halvarin::host

@@ -1,6 +1,7 @@
 #include "host/fans/FanCommand.h"
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <iostream>
 #include <memory>
@@ -41,6 +42,16 @@ void say(const std::string& line) {
   const std::string number = " (status " + hexText(static_cast<std::uint32_t>(*status)) + ")";
   throw ExitError(
       exit, what + number + (exit == Exit::notPermitted ? ": not permitted; run it as root" : ""));
+}
+
+/// Ends the program because not everything was handed back that belongs to a fan.
+[[noreturn]] void refuseHandBack(const FanView& fan) {
+  const bool isAutomatic = areSeenAutomatic({fan.index}) && testFlagMayBeOn();
+  refuseCommand(
+      fanName(fan) + (isAutomatic ? " is under automatic control, but the fans' test flag "
+                                    "could not be switched off"
+                                  : " could not be handed back"),
+      fan.index);
 }
 
 /// A fan as the machine shows it now.
@@ -128,7 +139,7 @@ class ForcedFan {
 
   Exit leave() {
     const FanView fan = currentFan(*facade_, options_);
-    if (!isAsked_ && !fan.isForced) {
+    if (!isAsked_ && (!fan.isForced || fan.controlStatus != 0)) {
       handBack();
       if (fan.controlStatus != 0) {
         refuseUnread("who controls " + name_, fan.controlStatus);
@@ -212,7 +223,7 @@ class ForcedFan {
                    "minutes\n";
     }
     if (!control->handBackAtLast()) {
-      refuseCommand(name_ + " could not be handed back", fan_.index);
+      refuseHandBack(fan_);
     }
   }
 
@@ -252,14 +263,27 @@ class ForcedFan {
   AtomicProperty<std::shared_ptr<FanControl>> control_;
 };
 
+/// With a few tries: a busy controller may not answer every time.
+bool handBackSoon(QXHalvarin& facade, const GuardedFans& forced) {
+  constexpr int kTries = 5;
+  constexpr std::chrono::milliseconds kPause(100);
+  const platform::Semaphore never;
+  bool isDone = handBackFans(facade, forced);
+  for (int i = 1; !isDone && i < kTries; ++i) {
+    static_cast<void>(never.wait(kPause));
+    isDone = handBackFans(facade, forced);
+  }
+  return isDone;
+}
+
 Exit handBack(const Options& options) {
   const auto facade = openFacade(options);
   const FanView fan = currentFan(*facade, options);
   if (fan.forcedBy == ForcedBy::nothing) {
     throw ExitError(Exit::usage, fanName(fan) + " is always under automatic control here");
   }
-  if (!handBackFans(*facade, {{fan.index}, hasTestFlag()})) {
-    refuseCommand(fanName(fan) + " could not be handed back", fan.index);
+  if (!handBackSoon(*facade, {{fan.index}, hasTestFlag()})) {
+    refuseHandBack(fan);
   }
   const FanView now = currentFan(*facade, options);
   if (now.controlStatus != 0) {

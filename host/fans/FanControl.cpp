@@ -76,7 +76,8 @@ bool FanControl::handBackAtLast() {
   if (handBackNow()) {
     return true;
   }
-  if (!isGuardDead() || !handBackPersistently(*facade_, forced_, machine_)) {
+  const bool isTried = std::exchange(isTriedAtLast_, true);
+  if (isTried || !isGuardDead() || !handBackPersistently(*facade_, forced_, machine_)) {
     return false;
   }
   forgetAll();

@@ -17,7 +17,7 @@ class FanControl {
   /// `guard` is null on machines that end with the program.
   FanControl(std::shared_ptr<QXHalvarin> facade, std::unique_ptr<FanGuard> guard,
              MachineOption::Kind machine);
-  /// Hands back what is still forced, as `handBackAtLast` does.
+  /// Hands back what is still forced, as `handBackAtLast` does unless that has tried already.
   ~FanControl();
   FanControl(const FanControl&) = delete;
   FanControl& operator=(const FanControl&) = delete;
@@ -54,6 +54,7 @@ class FanControl {
   GuardedFans forced_ HALVARIN_GUARDED_BY(mutex_);
   bool isWritten_ HALVARIN_GUARDED_BY(mutex_) = false;  // a key, since nothing was forced
   bool ended_ HALVARIN_GUARDED_BY(mutex_) = false;
+  bool isTriedAtLast_ HALVARIN_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace halvarin::host

@@ -30,8 +30,10 @@ struct FanControlKey {
   /// Whether it was listed whole: without a size nothing can be read from it or written to it, and
   /// the controller takes both for done.
   [[nodiscard]] bool isKnown() const { return sizeBytes() != 0; }
+  /// Another thread's reading of the same key may have failed since and have left its text.
   [[nodiscard]] bool isRead() const {
-    return isKnown() && record->get(record::kError).intValue() == 0;
+    return isKnown() && record->get(record::kError).intValue() == 0 &&
+           !record->get(record::kValue).textView().starts_with("error");
   }
   [[nodiscard]] std::uint32_t number() const {
     return record->get(record::kValue).unsignedIntValue();
@@ -113,6 +115,16 @@ std::optional<std::uint32_t> withoutForce(std::uint32_t held, std::uint32_t /*fa
   return held == kForcedMode ? 0 : held;
 }
 
+// A fan that is being tested must not be handed back by the question whether it may be forced.
+
+std::optional<std::uint32_t> bitsOfNoForcedFan(std::uint32_t held, std::uint32_t /*fan*/) {
+  return held == 0 ? std::optional(held) : std::nullopt;
+}
+
+std::optional<std::uint32_t> modeOfNoForcedFan(std::uint32_t held, std::uint32_t /*fan*/) {
+  return held == kForcedMode ? std::nullopt : std::optional(held);
+}
+
 std::int32_t targetStatus(std::uint32_t fan) {
   return keyStatus(fan::key(fan, fan::kTargetSuffix), fan,
                    [](std::uint32_t held, std::uint32_t) { return std::optional(held); });
@@ -156,11 +168,20 @@ bool releaseTestFlag(QXHalvarin& facade, const std::vector<std::uint32_t>& own) 
 
 /// Whether no further try can help: the system does not let this user write, or the process that
 /// served the machine is gone. A driver that is not there may come back, with the fan as it was.
-bool isHopeless(const GuardedFans& forced, MachineOption::Kind machine) {
-  const auto status = releaseStatus(forced);
+bool isHopeless(std::optional<std::int32_t> status, MachineOption::Kind machine) {
   const Exit exit = status ? exitFor(*status) : Exit::fine;
   return exit == Exit::notPermitted ||
          (exit == Exit::noMachine && machine == MachineOption::Kind::socket);
+}
+
+/// Whether that holds for all that is left: a user may be allowed one fan and not another.
+bool isAllHopeless(const GuardedFans& forced, MachineOption::Kind machine) {
+  const auto isLost = [machine](std::uint32_t fan) {
+    return isSeenAutomatic(fan) || isHopeless(fanCommandStatus(fan), machine);
+  };
+  const bool isAnyLeft = !areSeenAutomatic(forced.fans);
+  return isAnyLeft ? std::all_of(forced.fans.begin(), forced.fans.end(), isLost)
+                   : isHopeless(releaseStatus(forced), machine);
 }
 
 }  // namespace
@@ -191,7 +212,7 @@ bool handBackPersistently(QXHalvarin& facade, const GuardedFans& forced,
     if (handBackFans(facade, forced)) {
       return true;
     }
-    if (i >= kQuickTries && isHopeless(forced, machine)) {
+    if (i >= kQuickTries && isAllHopeless(forced, machine)) {
       return false;
     }
     static_cast<void>(never.wait(i < kQuickTries ? kQuickPause : kSlowPause));
@@ -220,17 +241,20 @@ bool testFlagMayBeOn() {
                   flag->get(record::kValue).unsignedIntValue() != 0);
 }
 
-std::int32_t controlStatus(std::uint32_t fan) {
+std::int32_t controlStatus(std::uint32_t fan, Probe probe) {
   const FanControlKey key = readControlKey(fan);
+  if (probe == Probe::leavesForced) {
+    return keyStatus(key.name, fan, key.isForceBits ? bitsOfNoForcedFan : modeOfNoForcedFan);
+  }
   return keyStatus(key.name, fan, key.isForceBits ? withoutBit : withoutForce);
 }
 
-std::optional<std::int32_t> fanCommandStatus(std::uint32_t fan) {
+std::optional<std::int32_t> fanCommandStatus(std::uint32_t fan, Probe probe) {
   if (const auto status = fanCountStatus()) {
     return status;
   }
   std::int32_t status = testFlagStatus();
-  status = status != 0 ? status : controlStatus(fan);
+  status = status != 0 ? status : controlStatus(fan, probe);
   status = status != 0 ? status : targetStatus(fan);
   return status != 0 ? std::optional(status) : std::nullopt;
 }

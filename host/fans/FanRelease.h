@@ -20,8 +20,8 @@ namespace halvarin::host {
 
 /// The same again and again: a controller that is busy may refuse for a while, and a fan that stays
 /// forced is worse than many tries. Quickly for a second and a half, then more slowly for five
-/// minutes; false sooner when the system does not permit it, or when the process is gone that
-/// served a machine of this kind.
+/// minutes; false sooner when the system permits it for none that is left, or when the process is
+/// gone that served a machine of this kind.
 [[nodiscard]] bool handBackPersistently(QXHalvarin& facade, const GuardedFans& forced,
                                         MachineOption::Kind machine);
 
@@ -43,15 +43,19 @@ void endFanUse(QXHalvarin& facade);
 /// Whether the test flag is on, or may be for all that can be read.
 [[nodiscard]] bool testFlagMayBeOn();
 
+/// What happens to a fan that is found forced by the question why it cannot be commanded: it is
+/// handed back, or nothing is written to the key that says so.
+enum class Probe { handsBack, leavesForced };
+
 /// Why the key cannot be commanded by which the machine lets a fan be forced: the status of reading
 /// it, or of writing what it holds already, less that the fan is forced. 0 when nothing stands in
 /// the way.
-[[nodiscard]] std::int32_t controlStatus(std::uint32_t fan);
+[[nodiscard]] std::int32_t controlStatus(std::uint32_t fan, Probe probe = Probe::handsBack);
 
 /// Why a command did not work: the status of the platform for one of the keys that it writes, found
-/// by writing to them what forces nothing, so that a fan that is forced is handed back by it.
-/// Absent when nothing stands in the way any more.
-[[nodiscard]] std::optional<std::int32_t> fanCommandStatus(std::uint32_t fan);
+/// by writing to them what forces nothing. Absent when nothing stands in the way any more.
+[[nodiscard]] std::optional<std::int32_t> fanCommandStatus(std::uint32_t fan,
+                                                           Probe probe = Probe::handsBack);
 
 /// The same for a hand-back that did not work.
 [[nodiscard]] std::optional<std::int32_t> releaseStatus(const GuardedFans& forced);

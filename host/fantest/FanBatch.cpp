@@ -76,9 +76,13 @@ FanBatchEnd FanBatch::canceledEnd() {
 bool FanBatch::guardFans() {
   std::vector<std::uint32_t> fans;
   for (const FanTestWatch::Fan& fan : fans_) {
-    fans.push_back(fan.index);
+    if (canHandBack(fan.index)) {  // nothing can force another
+      fans.push_back(fan.index);
+    }
   }
-  guard_ = FanGuard::start(options_, fans, [this] { return isAsked_.load(); });
+  if (!fans.empty()) {
+    guard_ = FanGuard::start(options_, fans, [this] { return isAsked_.load(); });
+  }
   if (isAsked_) {
     return false;
   }
@@ -166,9 +170,10 @@ void FanBatch::lookWhetherFansObey() {
     if (!test || !isCommanding(*test)) {
       continue;
     }
-    isObedienceKnown_ = true;
-    const bool isRefused = !isAnyForced() && isCommanding(*test);
-    const auto status = isRefused ? fanCommandStatus(fan.index) : std::nullopt;
+    const FansView view = readFansView(*facade_);
+    isObedienceKnown_ = isAllShown(view);
+    const bool isRefused = !isAnyForced(view) && isCommanding(*test);
+    const auto status = isRefused ? fanCommandStatus(fan.index, Probe::leavesForced) : std::nullopt;
     if (status && exitFor(*status) == Exit::notPermitted) {
       trouble_ = {Exit::notPermitted, fan.name + " could not be forced " + statusText(*status) +
                                           ": not permitted; run it as root"};
@@ -177,9 +182,13 @@ void FanBatch::lookWhetherFansObey() {
   }
 }
 
-/// Whether one of the fans is seen forced, or none is seen at all.
-bool FanBatch::isAnyForced() {
-  const FansView view = readFansView(*facade_);
+bool FanBatch::isAllShown(const FansView& view) const {
+  return std::all_of(fans_.begin(), fans_.end(), [&view](const FanTestWatch::Fan& fan) {
+    return fan.index < view.fans.size() && view.fans[fan.index].controlStatus == 0;
+  });
+}
+
+bool FanBatch::isAnyForced(const FansView& view) const {
   return std::any_of(fans_.begin(), fans_.end(), [&view](const FanTestWatch::Fan& fan) {
     return fan.index >= view.fans.size() || view.fans[fan.index].isForced;
   });

@@ -59,7 +59,10 @@ class FanBatch {
   [[nodiscard]] std::optional<ExitError> release();
   [[nodiscard]] bool handBack(const GuardedFans& left);
   [[nodiscard]] ExitError whyUnreleased();
-  [[nodiscard]] bool isAnyForced();
+  /// Whether it is shown of all the fans who controls them.
+  [[nodiscard]] bool isAllShown(const FansView& view) const;
+  /// Whether one of the fans is seen forced, or one is not seen at all.
+  [[nodiscard]] bool isAnyForced(const FansView& view) const;
   [[nodiscard]] std::vector<std::uint32_t> stillForced();
 
   const Options& options_;

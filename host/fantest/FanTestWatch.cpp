@@ -1,6 +1,7 @@
 #include "host/fantest/FanTestWatch.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "base/Exception.h"
@@ -61,7 +62,7 @@ void FanTestWatch::updateFanProgress(const DictionaryRef& fan) {
     return;
   }
   entry.lastGood = fan;
-  entry.refused = 0;
+  entry.refusedSince.reset();
   FanTestView& view = entry.view;
   view.speedRpm = fan->get(fan::kSpeed).doubleValue();
   view.targetRpm = fan->get(fan::kTarget).doubleValue();
@@ -76,7 +77,9 @@ void FanTestWatch::updateFanProgress(const DictionaryRef& fan) {
 }
 
 void FanTestWatch::refuse(Entry& entry, const UnreadKey& unread, Dictionary& fan) {
-  ++entry.refused;
+  if (!entry.refusedSince) {
+    entry.refusedSince = platform::currentClock()->now();
+  }
   entry.unread = unread;
   if (refuses_) {
     throw Exception("UnreadKey", unread.key + " cannot be read" + unread.statusText());
@@ -87,10 +90,11 @@ void FanTestWatch::refuse(Entry& entry, const UnreadKey& unread, Dictionary& fan
 }
 
 std::optional<UnreadFan> FanTestWatch::unreadFan() const {
-  constexpr int kMostRefused = 40;  // four a second
+  constexpr std::chrono::seconds kLongest(10);
+  const platform::Clock::Duration now = platform::currentClock()->now();
   const MutexLock lock(mutex_);
   for (const auto& [index, entry] : entries_) {
-    if (entry.refused >= kMostRefused) {
+    if (entry.refusedSince && now - *entry.refusedSince >= kLongest) {
       return UnreadFan{entry.view.name, entry.unread};
     }
   }

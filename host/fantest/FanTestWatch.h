@@ -11,6 +11,7 @@
 #include "base/Mutex.h"
 #include "host/fans/FanView.h"
 #include "host/fantest/FanTestView.h"
+#include "platform/Clock.h"
 #include "selftest/QXFanTestManager.h"
 
 namespace halvarin::host {
@@ -50,7 +51,7 @@ class FanTestWatch : public FanTestDelegate {
   /// canceled. What it is told instead is the fan's last good reading: it may command once more.
   void endRefusals() { refuses_ = false; }
 
-  /// A fan that has given no reading for ten seconds.
+  /// A fan that has given no reading for ten seconds of the machine's time.
   [[nodiscard]] std::optional<UnreadFan> unreadFan() const;
 
   /// The fans in their order, as they are now.
@@ -65,9 +66,9 @@ class FanTestWatch : public FanTestDelegate {
   struct Entry {
     FanTestView view;
     FanSeen seen;
-    DictionaryRef lastGood;  // null before it
-    int refused = 0;         // readings since then
-    UnreadKey unread;        // of the latest of them
+    DictionaryRef lastGood;                                 // null before it
+    std::optional<platform::Clock::Duration> refusedSince;  // absent after a good one
+    UnreadKey unread;                                       // of the latest refused reading
   };
 
   void refuse(Entry& entry, const UnreadKey& unread, Dictionary& fan) HALVARIN_REQUIRES(mutex_);

@@ -44,14 +44,16 @@ class LostKeys : public testing::Test {
   ServedMachine machine_;
 };
 
-const std::vector<Words> kAboutFans{{"fans"},         {"fans", "--json"},   {},
-                                    {"test", "fans"}, {"fan", "0", "4000"}, {"fan", "0", "auto"}};
+const Words kAuto{"fan", "0", "auto"};
+const std::vector<Words> kAboutFans{
+    {"fans"}, {"fans", "--json"}, {}, {"test", "fans"}, {"fan", "0", "4000"}};
 
 TEST_F(LostKeys, CountOfFansAmongThemIsNoMachineWithoutFans) {
   machine_.breakable().breakKey("FNum", kKeyInfo, kBusy);
   for (const Words& command : kAboutFans) {
     expectRefused(command, "FNum");
   }
+  expectRefused(kAuto, "FNum");
   EXPECT_THAT(machine_.writes(), IsEmpty());
 }
 
@@ -60,6 +62,24 @@ TEST_F(LostKeys, KeyOfAFanAmongThemEndsWhatIsAboutFans) {
   for (const Words& command : kAboutFans) {
     expectRefused(command, "F1Mx");
   }
+}
+
+TEST_F(LostKeys, NoneOfThemKeepsAFanForcedThatCanBeHandedBack) {
+  machine_.write("F0Md", 1, 1);
+  machine_.breakable().breakKey("F1Mx", kKeyInfo, kBusy);
+  const ProgramRun handed = run(kAuto);
+  EXPECT_EQ(handed.exit, 0) << handed.err;
+  EXPECT_THAT(handed.out, HasSubstr("Fan 0 is under automatic control."));
+  EXPECT_THAT(handed.err, HasSubstr("not listed (F1Mx)"));
+  EXPECT_EQ(machine_.number("F0Md", 1), 0U);
+}
+
+TEST_F(LostKeys, AreNotThoseThatTheControllerNeverDescribes) {
+  constexpr auto kFailed = static_cast<platform::MachineStatus>(0xE00002CA);
+  machine_.breakable().breakKey("F1Mx", kKeyInfo, kFailed);
+  const ProgramRun shown = run({"fans"});
+  EXPECT_EQ(shown.exit, 0) << shown.err;
+  EXPECT_EQ(shown.err, "");
 }
 
 TEST_F(LostKeys, AllOfThemAreNoControllerWithoutKeys) {

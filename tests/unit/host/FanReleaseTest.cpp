@@ -4,8 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdint>
+#include <map>
 #include <memory>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "platform/Clock.h"
 #include "platform/machine/CurrentMachine.h"
@@ -25,14 +29,20 @@ class FanRelease : public TwoFans {
   /// tries take three.
   bool handsBackAfterAWhile(std::uint32_t status, MachineOption::Kind kind) {
     start({key("F0Md", "ui8 ", {1})});
+    return handsBackAfterAWhile({{"F0Md", status}}, {0}, kind);
+  }
+  bool handsBackAfterAWhile(const std::map<std::string, std::uint32_t>& statuses,
+                            const std::vector<std::uint32_t>& fans, MachineOption::Kind kind) {
     const auto machine = std::make_shared<BreakableMachine>(installed_.machine);
-    machine->breakKey("F0Md", 6, static_cast<platform::MachineStatus>(status));
+    for (const auto& [key, status] : statuses) {
+      machine->breakKey(key, 6, static_cast<platform::MachineStatus>(status));
+    }
     platform::setMachine(machine, std::make_shared<platform::ScaledClock>(100));
     std::thread mender([&machine] {
       std::this_thread::sleep_for(std::chrono::milliseconds(500));
       machine->mend();
     });
-    const bool done = host::handBackPersistently(*facade_, {{0}, false}, kind);
+    const bool done = host::handBackPersistently(*facade_, {fans, false}, kind);
     mender.join();
     return done;
   }
@@ -67,6 +77,13 @@ TEST_F(FanRelease, FindingOutWhyForcesNothing) {
                                     "write F0Tg size 2 bytes 1F40 -> done"));
 }
 
+TEST_F(FanRelease, FindingOutWhyOfATestedFanLeavesItForced) {
+  start({key("F0Md", "ui8 ", {1}), key("FS! ", "ui16", {0, 2})});
+  EXPECT_EQ(host::controlStatus(0, host::Probe::leavesForced), 0);
+  EXPECT_EQ(host::controlStatus(1, host::Probe::leavesForced), 0);
+  EXPECT_THAT(writes(), IsEmpty());
+}
+
 TEST_F(FanRelease, FindingOutWhySetsNoForceBitOfTheFan) {
   start({key("FS! ", "ui16", {0, 3})});
   EXPECT_EQ(host::fanCommandStatus(1), std::nullopt);
@@ -89,6 +106,12 @@ TEST_F(FanRelease, GoesOnWhileTheDriverOfThisComputerIsNotThere) {
 
 TEST_F(FanRelease, EndsOnceTheProcessIsGoneThatServedTheMachine) {
   EXPECT_FALSE(handsBackAfterAWhile(0xE00002C0, MachineOption::Kind::socket));
+}
+
+TEST_F(FanRelease, GoesOnForAFanThatIsPermittedBesideOneThatIsNot) {
+  start({key("F0Md", "ui8 ", {1}), key("F1Md", "ui8 ", {1})});
+  EXPECT_TRUE(handsBackAfterAWhile({{"F0Md", 0xE00002C1}, {"F1Md", 0xE00002D5}}, {0, 1},
+                                   MachineOption::Kind::thisComputer));
 }
 
 TEST_F(FanRelease, EndsWhereTheSystemDoesNotPermitIt) {

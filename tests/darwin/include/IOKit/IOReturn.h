@@ -9,8 +9,10 @@ typedef kern_return_t IOReturn;
 #define iokit_common_err(code) (sys_iokit | sub_iokit_common | code)
 
 #define kIOReturnSuccess KERN_SUCCESS
+#define kIOReturnNoResources iokit_common_err(0x2be)
 #define kIOReturnNoDevice iokit_common_err(0x2c0)
 #define kIOReturnNotPrivileged iokit_common_err(0x2c1)
 #define kIOReturnBadArgument iokit_common_err(0x2c2)
 #define kIOReturnUnsupported iokit_common_err(0x2c7)
+#define kIOReturnBusy iokit_common_err(0x2d5)
 #define kIOReturnNotPermitted iokit_common_err(0x2e2)
