@@ -139,6 +139,7 @@ DriverAnswer AppleSmcKeys::readCount(std::uint32_t sizeBytes) {
 DriverAnswer AppleSmcKeys::readEntry(const KeyDirectory::Entry& entry) {
   std::string bytes;
   int error = cursor_.readValue(entry.index, entry.facts.code, bytes);
+  const bool isFromCursor = error == 0;
   if (error == EBUSY || error == EIO) {
     error = readFromFanFiles(entry.facts, bytes) == 0 ? 0 : error;
   }
@@ -151,7 +152,7 @@ DriverAnswer AppleSmcKeys::readEntry(const KeyDirectory::Entry& entry) {
   {
     const MutexLock lock(mutex_);
     answered_.insert(number(entry.facts.code));
-    last_ = entry;
+    last_ = isFromCursor ? entry : last_;
   }
   DriverAnswer answer;
   std::copy(bytes.begin(), bytes.end(), answer.reply.bytes.begin());

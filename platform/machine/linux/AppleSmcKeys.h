@@ -55,7 +55,7 @@ class AppleSmcKeys : public DriverKeys {
   Mutex mutex_;
   std::unordered_set<std::uint32_t> refused_ HALVARIN_GUARDED_BY(mutex_);   // by code
   std::unordered_set<std::uint32_t> answered_ HALVARIN_GUARDED_BY(mutex_);  // by code
-  // The last key that gave a value.
+  // The last key whose value the cursor gave: whether the controller answers is asked of it.
   std::optional<KeyDirectory::Entry> last_ HALVARIN_GUARDED_BY(mutex_);
   KnownForceBits forceBits_ HALVARIN_GUARDED_BY(mutex_);
 };

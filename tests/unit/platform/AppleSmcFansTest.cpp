@@ -44,15 +44,21 @@ class StubbornDriver : public OtherTree {
   }
 };
 
-/// Its controller does not give values by the cursor, once it is hoarse, but by the fans' files.
+/// Its controller does not give values by the cursor, while it is hoarse, but by the fans' files.
 class HoarseDriver : public OtherTree {
  public:
   using OtherTree::OtherTree;
   [[nodiscard]] platform::FileContent read(const std::string& path, std::size_t most) override {
-    const bool isValue = path == std::string(ScriptedDriver::kDevice) + "/key_at_index_data";
-    return isHoarse && isValue ? platform::FileContent{EIO, {}} : OtherTree::read(path, most);
+    const std::string cursor = std::string(ScriptedDriver::kDevice) + "/key_at_index";
+    const bool isKept =
+        path == cursor + "_data"
+            ? isHoarse && (only.empty() || OtherTree::read(cursor + "_name", 256).bytes == only)
+            : most > 0 && path == kept;
+    return isKept ? platform::FileContent{EIO, {}} : OtherTree::read(path, most);
   }
   bool isHoarse = true;
+  std::string only;  // the line that names the one key that it does not give; "" for all
+  std::string kept;  // the path of a file that it does not give either
 };
 
 /// Its cursor is elsewhere after every value, once it is restless.
@@ -211,6 +217,33 @@ TEST_F(SmcFans, AreNotTakenForRefusedByAFailureThatTheirFilesDoNotShare) {
   EXPECT_EQ(readOf(keys, "FS! ", 2).status, kTransferFailed);
   bench_.driver()->setSilent(false);
   EXPECT_EQ(readOf(keys, "FS! ", 2).status, 0);
+}
+
+TEST(SmcFansThatOnlyTheirFilesShow, AreNotAskedWhetherTheControllerAnswers) {
+  platform::RecordedMachine machine = fanMachine(FanStyle::forceBits);
+  machine.keys.push_back(closedKey("MSSP"));
+  const DriverBench bench(machine);
+  const auto hoarse = std::make_shared<HoarseDriver>(bench.driver());
+  hoarse->only = "F0Ac\n";
+  platform::AppleSmcKeys keys(hoarse, bench.found(), std::make_shared<platform::ScaledClock>(0));
+  ASSERT_EQ(readOf(keys, "TC0P", 2).status, 0);
+  ASSERT_EQ(readOf(keys, "F0Ac", 2).status, 0);
+  const platform::DriverAnswer refused = readOf(keys, "MSSP", 1);
+  EXPECT_EQ(refused.status, 0);
+  EXPECT_EQ(refused.reply.result, 0x85);
+}
+
+TEST(SmcFansThatOnlyTheirFilesShow, AreNotTakenForRefusedOnceAFileFails) {
+  const DriverBench bench(fanMachine(FanStyle::forceBits));
+  const auto hoarse = std::make_shared<HoarseDriver>(bench.driver());
+  hoarse->only = "F0Ac\n";
+  platform::AppleSmcKeys keys(hoarse, bench.found(), std::make_shared<platform::ScaledClock>(0));
+  ASSERT_EQ(readOf(keys, "TC0P", 2).status, 0);
+  ASSERT_EQ(readOf(keys, "F0Ac", 2).status, 0);
+  hoarse->kept = std::string(ScriptedDriver::kDevice) + "/fan1_input";
+  EXPECT_EQ(readOf(keys, "F0Ac", 2).status, kTransferFailed);
+  hoarse->kept = "";
+  EXPECT_EQ(bytesOf(readOf(keys, "F0Ac", 2), 2), (Bytes{0x1F, 0x40}));
 }
 
 TEST(SmcFloatFans, ShowTheirModesBesideARivalWhoNeverLetsTheCursorRest) {
