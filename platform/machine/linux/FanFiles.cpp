@@ -129,9 +129,14 @@ int FanFiles::setForceBits(std::uint32_t bits, std::optional<std::uint32_t> befo
   if (changes.isMissing) {
     return handedBack != 0 ? handedBack : ENOTSUP;
   }
-  const int forced =
-      firstError(changes.toForce, [this](const ModeFile& file) { return writeMode(file, true); });
-  return handedBack != 0 ? handedBack : forced;
+  if (!changes.toHandBack.empty()) {
+    const bool areForced =
+        std::all_of(changes.toForce.begin(), changes.toForce.end(),
+                    [this](const ModeFile& file) { return isShown(file, true); });
+    return handedBack != 0 || areForced ? handedBack : EREMOTEIO;
+  }
+  return firstError(changes.toForce,
+                    [this](const ModeFile& file) { return writeMode(file, true); });
 }
 
 FanFiles::Changes FanFiles::changesFor(Family family, std::uint32_t bits,

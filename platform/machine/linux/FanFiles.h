@@ -15,10 +15,11 @@ namespace halvarin::platform {
 /// The files by which the driver lets fans be commanded: the only ones of it, beside the cursor,
 /// that are ever written. Fans count from 0, their files from 1. Every write is read back. Results
 /// are the system's errors:
-///   0        written, and the fan's file shows it; or read
-///   EINVAL   the driver, or already this class, takes no such value
-///   ENOTSUP  there is no such file, or it is not certain what it shows and what writing it would
-///   do EROFS    nobody may write the file EREMOTEIO  written, but the file shows something else
+/// - 0: written, and the fan's file shows it; or read
+/// - EINVAL: the driver, or already this class, takes no such value
+/// - ENOTSUP: there is no such file, or it is not certain what it shows and what writing it does
+/// - EROFS: nobody may write the file
+/// - EREMOTEIO: written, but the file shows something else
 class FanFiles {
  public:
   FanFiles(std::shared_ptr<FileTree> files, SmcDriver driver);
@@ -41,11 +42,15 @@ class FanFiles {
   /// How many fans have a file of their speed; ENOTSUP when none, or not all from the first on.
   [[nodiscard]] int countFans(std::uint32_t& fans) const;
 
-  /// Forces and hands back the fans whose bits are others than `before`, which is what the writer
+  /// Forces or hands back the fans whose bits are others than `before`, which is what the writer
   /// has read: the rest is somebody else's by now, or never was the writer's. Absent: whose bits
-  /// the files do not show. ENOTSUP when such a bit has no file: fans are handed back all the same,
-  /// and none is forced. EREMOTEIO also when no bit differs and yet the files show others; an error
-  /// of the system also when no bit differs and no fan could be written to.
+  /// the files do not show. Deliberate: a write that hands a fan back forces none. Whoever changes
+  /// one fan and seems to change another in the other sense writes what is out of date.
+  ///
+  /// EREMOTEIO also when such a fan is not forced already, and when no bit differs and yet the
+  /// files show others; ENOTSUP when a bit that differs has no file: fans are handed back all the
+  /// same, and none is forced. An error of the system also when no bit differs and no fan could be
+  /// written to.
   [[nodiscard]] int setForceBits(std::uint32_t bits, std::optional<std::uint32_t> before);
 
  private:

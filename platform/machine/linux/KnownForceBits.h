@@ -10,7 +10,10 @@ namespace halvarin::platform {
 
 /// The fans' force bits as a writer of them has read them. A thread reads them, changes one and
 /// writes all, while another of the same program may read others; so each goes by what it has read
-/// itself. One whose own reading failed writes what the program has read last. Not thread-safe.
+/// itself. One whose own reading failed, or is forgotten, goes by what the program has read last,
+/// which may be newer than what it writes. Then bits that others have handed back since seem to be
+/// set by it: where it hands back itself none is forced for that, where it forces one they are.
+/// Not thread-safe.
 class KnownForceBits {
  public:
   /// The calling thread has read them.
@@ -32,7 +35,7 @@ class KnownForceBits {
 
   /// The calling thread has written them, or failed to: that may have been done all the same. What
   /// is forced has to be handed back when that is asked for without another reading; what is handed
-  /// back must not be forced again by that. So only a reading takes bits away.
+  /// back must not be forced again by that. So only a reading takes bits away, that of any thread.
   void written(std::uint32_t bits) {
     if (lastReading_) {
       lastReading_ = *before() | *lastReading_ | bits;

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <limits>
 #include <memory>
@@ -89,15 +90,15 @@ TEST(FanFiles, AreNotWrittenForAFanThatIsNotThere) {
 TEST(FanFiles, AreWrittenOnlyForForceBitsThatDiffer) {
   for (const Names names : {Names::older, Names::newer}) {
     const bool isOlder = names == Names::older;
-    const std::string automatic = isOlder ? "manual 0" : "enable 2";
     const FanBench bench(names);
     FanFiles files = bench.files();
     bench.driver().setForced(0, true);
     EXPECT_EQ(files.setForceBits(0x0001, std::nullopt), 0);
     EXPECT_THAT(bench.driver().writes(), IsEmpty());
+    EXPECT_EQ(files.setForceBits(0x0003, std::nullopt), 0);
     EXPECT_EQ(files.setForceBits(0x0002, std::nullopt), 0);
-    EXPECT_THAT(bench.driver().writes(), ElementsAre(isOlder ? "fan1_manual 0" : "pwm1_enable 2",
-                                                     isOlder ? "fan2_manual 1" : "pwm2_enable 1"));
+    EXPECT_THAT(bench.driver().writes(), ElementsAre(isOlder ? "fan2_manual 1" : "pwm2_enable 1",
+                                                     isOlder ? "fan1_manual 0" : "pwm1_enable 2"));
     EXPECT_EQ(files.setForceBits(0, std::nullopt), 0);
     EXPECT_EQ(bench.driver().writes().size(), 3U);
   }
@@ -115,6 +116,20 @@ TEST(FanFiles, AreWrittenOnlyForBitsThatAreOthersThanWhenTheWriterReadThem) {
     EXPECT_THAT(bench.driver().writes(),
                 ElementsAre(names == Names::older ? "fan1_manual 1" : "pwm1_enable 1"));
   }
+}
+
+TEST(FanFiles, AreDeliberatelyNotForcedByAWriteThatHandsAnotherFanBack) {
+  for (const auto before : {std::optional<std::uint32_t>(0x0001), std::optional<std::uint32_t>()}) {
+    const FanBench bench(Names::older);
+    bench.driver().setForced(0, true);
+    EXPECT_EQ(bench.files().setForceBits(0x0002, before), EREMOTEIO);
+    EXPECT_THAT(bench.driver().writes(), ElementsAre("fan1_manual 0"));
+    EXPECT_EQ(bench.files().setForceBits(0x0002, 0), 0);
+    EXPECT_EQ(bench.driver().writes().back(), "fan2_manual 1");
+  }
+  const FanBench bench(Names::older);
+  bench.driver().setForced(1, true);
+  EXPECT_EQ(bench.files().setForceBits(0x0002, 0x0001), 0) << "it is forced already";
 }
 
 TEST(FanFiles, HandFansBackBesideABitOfNoFan) {

@@ -107,6 +107,21 @@ TEST_F(SmcFansOfTwoPrograms, AreNotForcedAgainByAThreadThatCouldNotReadThem) {
   EXPECT_THAT(bench_.driver()->writes(), ElementsAre("fan1_manual 0"));
 }
 
+TEST_F(SmcFansOfTwoPrograms, AreNotForcedAgainByAThreadWhoseLastReadingFailedAfterThat) {
+  const auto program = newProgram();
+  for (std::uint32_t fan = 0; fan < 2; ++fan) {
+    bench_.driver()->setForced(fan, true);
+  }
+  ASSERT_EQ(bytesOf(readOf(*program, "FS! ", 2), 2), (Bytes{0, 3}));
+  bench_.driver()->setSilent(true);
+  EXPECT_NE(readOf(*program, "FS! ", 2).status, 0);
+  bench_.driver()->setSilent(false);
+  bench_.driver()->setForced(1, false);
+  std::thread([&] { EXPECT_EQ(bytesOf(readOf(*program, "FS! ", 2), 2), (Bytes{0, 1})); }).join();
+  EXPECT_NE(writeOf(*program, "FS! ", {0, 2}).status, 0) << "fan 1 is not forced";
+  EXPECT_THAT(bench_.driver()->writes(), ElementsAre("fan1_manual 0"));
+}
+
 TEST_F(SmcFansOfTwoPrograms, AreNotForcedAgainByWhatWasReadBeforeTheyWereHandedBack) {
   const auto program = newProgram();
   bench_.driver()->setForced(0, true);
