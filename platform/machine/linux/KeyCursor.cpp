@@ -39,15 +39,11 @@ std::string_view withoutLineEnd(std::string_view text) {
   return !text.empty() && text.back() == '\n' ? text.substr(0, text.size() - 1) : text;
 }
 
-/// The driver writes a code up to its first zero byte.
+/// The driver writes a code up to its first zero byte: one that begins with it is an empty line.
 std::optional<FourBytes> codeOf(const FileContent& content) {
   const std::string_view text = withoutLineEnd(content.bytes);
-  return text.empty() || text.size() > 4 ? std::nullopt : std::optional(fourBytes(text));
-}
-
-/// A type may be nothing but zeros.
-std::optional<FourBytes> typeOf(const FileContent& content) {
-  return content.bytes == "\n" ? FourBytes() : codeOf(content);
+  const bool isCode = !content.bytes.empty() && text.size() <= 4;
+  return isCode ? std::optional(text.empty() ? FourBytes() : fourBytes(text)) : std::nullopt;
 }
 
 }  // namespace
@@ -106,7 +102,7 @@ int KeyCursor::describe(std::uint32_t index, KeyFacts& facts) {
     }
   }
   const auto code = codeOf(sight.name);
-  const auto type = typeOf(sight.facts[0]);
+  const auto type = codeOf(sight.facts[0]);
   const auto size = wholeNumber(withoutLineEnd(sight.facts[1].bytes));
   if (!code || !type || !size || *size >= kMostBytes) {
     return EBADMSG;

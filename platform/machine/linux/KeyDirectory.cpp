@@ -108,7 +108,9 @@ bool KeyDirectory::isEmpty() {
   return found_.empty();
 }
 
-/// The key nearest to the middle, from there upwards and then downwards, that has a name.
+/// The key nearest to the middle, from there upwards and then downwards, that has a name. Of one
+/// that begins with a zero byte nothing is shown, so it does not tell on which side of it others
+/// are.
 int KeyDirectory::nameNearMiddle(std::uint32_t low, std::uint32_t high, std::uint32_t& index,
                                  FourBytes& code) {
   const std::uint32_t middle = low + (high - low) / 2;
@@ -119,6 +121,7 @@ int KeyDirectory::nameNearMiddle(std::uint32_t low, std::uint32_t high, std::uin
     index = middle + i < high ? middle + i : high - 1 - i;
     if (!isNameless(index)) {
       error = nameAt(index, code);
+      error = error == 0 && code == FourBytes() ? EBADMSG : error;
       passed.push_back(index);
     }
   }

@@ -55,8 +55,22 @@ TEST(KeyCursor, NamesAKeyThatItCannotDescribe) {
   platform::FourBytes code{};
   EXPECT_EQ(cursor.name(0, code), 0);
   EXPECT_EQ(code, platform::fourBytes("KEY1"));
-  folder.write("key_at_index_name", "\n");
-  EXPECT_EQ(cursor.name(0, code), EBADMSG);
+  for (const char* text : {"", "toolong\n"}) {
+    folder.write("key_at_index_name", text);
+    EXPECT_EQ(cursor.name(0, code), EBADMSG) << text;
+  }
+}
+
+TEST(KeyCursor, NamesAKeyWhoseCodeBeginsWithAZeroAndIsPrintedAsAnEmptyLine) {
+  const DriverBench bench(machineWith({key({"\0KEY", 4}, "ui8 ", {1})}));
+  platform::FourBytes code = platform::fourBytes("none");
+  ASSERT_EQ(bench.newCursor()->name(0, code), 0);
+  EXPECT_EQ(code, platform::FourBytes());
+  KeyFacts facts;
+  ASSERT_EQ(bench.newCursor()->describe(0, facts), 0);
+  EXPECT_EQ(facts.code, platform::FourBytes());
+  std::string bytes;
+  EXPECT_EQ(bench.newCursor()->readValue(0, platform::FourBytes(), bytes), 0);
 }
 
 TEST(KeyCursor, RefusesAnIndexBehindTheLastKey) {

@@ -111,11 +111,12 @@ class NamelessDriver : public ScriptedDriver {
       return ScriptedDriver::read(path, most);
     }
     ++asked;
-    return {error, {}};
+    return {error, text};
   }
 
   std::set<std::uint32_t> nameless;
   int error = EIO;
+  std::string text;
   int asked = 0;  // for a name that it does not give
 };
 
@@ -184,6 +185,20 @@ TEST_F(DirectoryWithNamelessKeys, AsksAgainAfterATimeWithoutAnyNames) {
   EXPECT_EQ(find("FS! "), EIO);
   driver_->nameless = {};
   EXPECT_EQ(find("FS! "), 0);
+}
+
+TEST_F(DirectoryWithNamelessKeys, FindsOthersBesideOneWhoseCodeBeginsWithAZero) {
+  driver_->nameless = {2};
+  driver_->error = 0;
+  driver_->text = "\n";
+  for (const char* const name : {"#KEY", "BATP", "TC0P", "TC0p"}) {
+    EXPECT_EQ(find(name), 0) << name;
+  }
+  FourBytes code = fourBytes("none");
+  ASSERT_EQ(directory_.nameAt(2, code), 0);
+  EXPECT_EQ(code, FourBytes());
+  EXPECT_EQ(find("BATP"), 0) << "also once it is named";
+  EXPECT_EQ(find("D!!!"), EIO) << "it may be that one";
 }
 
 TEST_F(DirectoryWithNamelessKeys, DoesNotPassOverAKeyWhoseNameItMayNotKnowYet) {
