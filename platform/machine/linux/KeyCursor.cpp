@@ -32,6 +32,12 @@ constexpr milliseconds kLockPause(1);
 constexpr milliseconds kTimeWithoutLock(5000);
 // Those who wait try once in every pause, so a list of refused keys would leave them no moment.
 constexpr milliseconds kOthersTurn(5);
+// Beside a rival who never rests a list of hundreds of keys must not take minutes: all long waits
+// together are worth so much, and no wait is worth its while after so many in vain. That is looked
+// into again every few seconds: a key that is not listed is lost.
+constexpr milliseconds kMostWaiting(10000);
+constexpr int kMostInVain = 8;
+constexpr milliseconds kTimeWithoutHope(5000);
 
 constexpr std::size_t kMostBytes = 256;  // one more than any of these files holds
 
@@ -55,6 +61,7 @@ const KeyCursor::Patience KeyCursor::kForSight{kMostPoorLooks, milliseconds(500)
 const KeyCursor::Patience KeyCursor::kForValue{20, milliseconds(500)};
 // A key that cannot be listed is lost to the process for good.
 const KeyCursor::Patience KeyCursor::kForWhatIsAskedOnce{60, milliseconds(3000)};
+const KeyCursor::Patience KeyCursor::kForWhatIsHopeless{1, milliseconds(500)};
 
 KeyCursor::KeyCursor(std::shared_ptr<FileTree> files, std::string path,
                      std::shared_ptr<Clock> clock)
@@ -143,14 +150,27 @@ int KeyCursor::whileLocked(const std::function<int()>& action) {
   return error;
 }
 
-/// Beside a rival who leaves nothing undisturbed, a list of hundreds of keys must not take minutes:
-/// after one that was waited for in vain the others are given up as soon as values are.
 int KeyCursor::visitOnce(std::uint32_t index, const std::vector<std::string_view>& facts,
                          Sight& sight) {
   const MutexLock lock(mutex_);
-  const int error = visit(index, facts, wasInVain_ ? kForValue : kForWhatIsAskedOnce, sight);
-  wasInVain_ = error == EBUSY;
+  const Clock::Duration begin = clock_->now();
+  const int error = visit(index, facts, patienceForOnce(), sight);
+  const Clock::Duration end = clock_->now();
+  if (sight.looks > 1) {
+    waited_ += end - begin;
+  }
+  inVain_ = error == EBUSY ? std::min(inVain_ + 1, kMostInVain) : 0;
+  if (inVain_ == kMostInVain && end >= hopeBackAt_) {
+    hopeBackAt_ = end + kTimeWithoutHope;
+  }
   return error;
+}
+
+const KeyCursor::Patience& KeyCursor::patienceForOnce() const {
+  if (inVain_ == kMostInVain && clock_->now() < hopeBackAt_) {
+    return kForWhatIsHopeless;
+  }
+  return waited_ < kMostWaiting ? kForWhatIsAskedOnce : kForValue;
 }
 
 int KeyCursor::visit(std::uint32_t index, const std::vector<std::string_view>& facts,
@@ -166,6 +186,7 @@ int KeyCursor::visit(std::uint32_t index, const std::vector<std::string_view>& f
       break;
     }
     sight = {};
+    sight.looks = i + 1;
     error = openFile();
     if (error == 0) {
       error = lookOnce(index, facts, sight);

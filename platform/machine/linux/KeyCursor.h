@@ -26,7 +26,8 @@ struct KeyFacts {
 /// returned belongs to the key that was asked for: a reading that may have been another's is taken
 /// again, a bounded number of times, and is an error in the end. So is every reading where the
 /// system does not tell of others' writes. Names and descriptions, which are asked for once, are
-/// waited for longer than values. Errors are the system's; EBUSY is a reading that could not be had
+/// waited for longer than values, until that has taken ten seconds in all, and for some seconds not
+/// at all after several in vain. Errors are the system's; EBUSY is a reading that could not be had
 /// to itself. Any thread.
 class KeyCursor {
  public:
@@ -59,6 +60,7 @@ class KeyCursor {
  private:
   /// What one look at the key under the cursor has shown.
   struct Sight {
+    int looks = 0;  // up to and with this one, where several were taken
     bool isBlind = false;
     FileContent name;
     std::vector<FileContent> facts;  // none when there is no name
@@ -71,9 +73,11 @@ class KeyCursor {
   static const Patience kForSight;
   static const Patience kForValue;
   static const Patience kForWhatIsAskedOnce;
+  static const Patience kForWhatIsHopeless;
 
   [[nodiscard]] int visitOnce(std::uint32_t index, const std::vector<std::string_view>& facts,
                               Sight& sight);
+  [[nodiscard]] const Patience& patienceForOnce() const HALVARIN_REQUIRES(mutex_);
   [[nodiscard]] int visit(std::uint32_t index, const std::vector<std::string_view>& facts,
                           const Patience& patience, Sight& sight) HALVARIN_REQUIRES(mutex_);
   /// Whether the controller did not give something of it.
@@ -95,7 +99,11 @@ class KeyCursor {
   std::unordered_map<std::uint32_t, Clock::Duration> sparedUntil_ HALVARIN_GUARDED_BY(mutex_);
   // When the lock is worth waiting for again.
   Clock::Duration lockBackAt_ HALVARIN_GUARDED_BY(mutex_) = Clock::Duration::zero();
-  bool wasInVain_ HALVARIN_GUARDED_BY(mutex_) = false;  // the last of the long waits
+  // What names and descriptions that took more than one look have cost so far.
+  Clock::Duration waited_ HALVARIN_GUARDED_BY(mutex_) = Clock::Duration::zero();
+  int inVain_ HALVARIN_GUARDED_BY(mutex_) = 0;  // of names and descriptions, the last in a row
+  // When they are worth more than a look again.
+  Clock::Duration hopeBackAt_ HALVARIN_GUARDED_BY(mutex_) = Clock::Duration::zero();
 };
 
 }  // namespace halvarin::platform

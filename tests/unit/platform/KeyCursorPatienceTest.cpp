@@ -29,15 +29,27 @@ class AwaitedCursor : public testing::Test {
       --disturbances_;
       driver.moveCursor(150);
     }
+    clock_->sleepFor(file == "_name" && after ? slowness_ : 0ms);
   }
+  KeyCursor newCursor() {
+    return {std::make_shared<MeddledDriver>(bench_.driver(),
+                                            [this](ScriptedDriver& driver, const std::string& file,
+                                                   bool after) { disturb(driver, file, after); }),
+            bench_.cursorPath(), clock_};
+  }
+  platform::Clock::Duration timeOfNaming(std::uint32_t index, int error) {
+    const auto before = clock_->now();
+    platform::FourBytes code{};
+    EXPECT_EQ(cursor_.name(index, code), error);
+    return clock_->now() - before;
+  }
+  static constexpr int kAlways = 1000000;
 
   const DriverBench bench_{numberedKeys()};
   const std::shared_ptr<SteppingClock> clock_ = std::make_shared<SteppingClock>();
   int disturbances_ = 0;
-  KeyCursor cursor_{std::make_shared<MeddledDriver>(
-                        bench_.driver(), [this](ScriptedDriver& driver, const std::string& file,
-                                                bool after) { disturb(driver, file, after); }),
-                    bench_.cursorPath(), clock_};
+  platform::Clock::Duration slowness_ = 0ms;  // of a name
+  KeyCursor cursor_ = newCursor();
   KeyFacts facts_;
 };
 
@@ -54,20 +66,61 @@ TEST_F(AwaitedCursor, IsLookedAtLongerForWhatIsAskedOnce) {
   EXPECT_EQ(cursor_.readValue(7, fourBytes("K007"), bytes), EBUSY);
 }
 
-TEST_F(AwaitedCursor, IsLookedAtNoLongerThanForAValueOnceThatWasInVain) {
-  constexpr int kAlways = 1000000;
+TEST_F(AwaitedCursor, IsLookedAtOnceForSomeSecondsAfterEightInVain) {
   disturbances_ = kAlways;
-  EXPECT_EQ(cursor_.describe(7, facts_), EBUSY);
-  EXPECT_LE(clock_->now(), 3s);
-  const auto before = clock_->now();
-  for (std::uint32_t i = 0; i < 100; ++i) {
-    EXPECT_EQ(cursor_.describe(i, facts_), EBUSY);
+  for (std::uint32_t i = 0; i < 8; ++i) {
+    EXPECT_GT(timeOfNaming(i, EBUSY), 500ms) << i;
   }
-  EXPECT_LE(clock_->now() - before, 100 * 100ms);
+  for (std::uint32_t i = 0; i < 100; ++i) {
+    EXPECT_EQ(timeOfNaming(i, EBUSY), 0ms) << i;
+  }
+  clock_->sleepFor(6s);
+  EXPECT_GT(timeOfNaming(7, EBUSY), 0ms) << "it is worth the while again";
+  EXPECT_EQ(timeOfNaming(7, EBUSY), 0ms) << "it was not";
   disturbances_ = 0;
-  ASSERT_EQ(cursor_.describe(7, facts_), 0);
+  EXPECT_EQ(timeOfNaming(7, 0), 0ms);
   disturbances_ = 80;
-  EXPECT_EQ(cursor_.describe(8, facts_), 0) << "it is worth the while again";
+  EXPECT_GT(timeOfNaming(8, 0), 0ms) << "somebody rests";
+}
+
+TEST_F(AwaitedCursor, IsLookedAtNoLongerThanForAValueAfterTenSecondsInAll) {
+  const auto before = clock_->now();
+  int waits = 0;
+  for (std::uint32_t i = 0; i < kNumberedKeys && clock_->now() - before < 10s; ++i, ++waits) {
+    disturbances_ = 80;
+    EXPECT_GT(timeOfNaming(i, 0), 0ms);
+  }
+  EXPECT_GT(waits, 10);
+  disturbances_ = 80;
+  EXPECT_LE(timeOfNaming(9, EBUSY), 100ms);
+  disturbances_ = 20;
+  EXPECT_GT(timeOfNaming(9, 0), 0ms) << "it is waited for as a value is";
+}
+
+TEST_F(AwaitedCursor, IsNotWaitedForByKeysThatAreSeenAtTheFirstLook) {
+  clock_->sleepFor(1s);
+  for (std::uint32_t i = 0; i < kNumberedKeys; ++i) {
+    slowness_ = 100ms;
+    EXPECT_EQ(timeOfNaming(i, 0), 200ms);
+  }
+  slowness_ = 0ms;
+  disturbances_ = 80;
+  EXPECT_GT(timeOfNaming(9, 0), 100ms);
+}
+
+TEST_F(AwaitedCursor, KeepsNoListOfHundredsOfKeysForMinutesBesideARivalWhoNeverRests) {
+  for (const platform::Clock::Duration slowness : {0ms, 1ms, 100ms}) {
+    slowness_ = slowness;
+    disturbances_ = kAlways;
+    const auto before = clock_->now();
+    KeyCursor cursor = newCursor();
+    platform::FourBytes code{};
+    for (std::uint32_t i = 0; i < 500; ++i) {
+      EXPECT_EQ(cursor.name(i % kNumberedKeys, code), EBUSY);
+    }
+    // One look at each of them takes two slow readings.
+    EXPECT_LE(clock_->now() - before, 30s + 2 * 500 * slowness) << slowness.count();
+  }
 }
 
 /// A rival who moves the cursor away after each value, beside a key that the controller refuses.
