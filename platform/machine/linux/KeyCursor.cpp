@@ -21,7 +21,10 @@ using std::chrono::milliseconds;
 constexpr int kMostPoorLooks = 3;
 // A rival keeps it from being known as refused: whether the controller refuses it or the rival's
 // key stays open, but it need not be asked at every pass.
+// One that gave a value even once, though it may have been the rival's, is not taken for such a
+// key.
 constexpr milliseconds kTimeSpared(10000);
+constexpr int kLeastRefusals = 2;  // half a second has no room for more
 constexpr microseconds kPauseStep(500);
 // An honest holder keeps the lock for a quarter of a second at a key that the controller refuses,
 // and whoever moves the cursor meanwhile has it ask again. Whoever does not let go within this time
@@ -126,7 +129,7 @@ int KeyCursor::readValue(std::uint32_t index, const FourBytes& code, std::string
   }
   Sight sight;
   const int error = visit(index, {"_data"}, kForValue, sight);
-  if (error == EBUSY && showsRefusal(sight)) {
+  if (error == EBUSY && sight.all.refusals >= kLeastRefusals && sight.all.answers == 0) {
     sparedUntil_[index] = clock_->now() + kTimeSpared;
   }
   if (error != 0) {
@@ -156,7 +159,7 @@ int KeyCursor::visitOnce(std::uint32_t index, const std::vector<std::string_view
   const Clock::Duration begin = clock_->now();
   const int error = visit(index, facts, patienceForOnce(), sight);
   const Clock::Duration end = clock_->now();
-  if (sight.looks > 1) {
+  if (sight.all.looks > 1) {
     waited_ += end - begin;
   }
   inVain_ = error == EBUSY ? std::min(inVain_ + 1, kMostInVain) : 0;
@@ -185,13 +188,17 @@ int KeyCursor::visit(std::uint32_t index, const std::vector<std::string_view>& f
     if (clock_->now() - begin >= patience.time) {
       break;
     }
+    const Tally before = sight.all;
     sight = {};
-    sight.looks = i + 1;
     error = openFile();
     if (error == 0) {
       error = lookOnce(index, facts, sight);
     }
-    poorLooks += sight.isBlind || showsRefusal(sight) ? 1 : 0;
+    const bool isRefused = showsRefusal(sight);
+    const bool isAnswered = !isRefused && !sight.facts.empty();
+    sight.all = {before.looks + 1, before.refusals + (isRefused ? 1 : 0),
+                 before.answers + (isAnswered ? 1 : 0)};
+    poorLooks += sight.isBlind || isRefused ? 1 : 0;
   }
   return error;
 }

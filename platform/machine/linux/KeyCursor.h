@@ -49,8 +49,8 @@ class KeyCursor {
   [[nodiscard]] int describe(std::uint32_t index, KeyFacts& facts);
 
   /// The value of the key that was found at this index: at most 255 bytes. EIO when the controller
-  /// did not give it. Where it did not while somebody moved the cursor, it is EBUSY for ten seconds
-  /// without another look.
+  /// did not give it. Where it did not, look after look, while somebody moved the cursor, it is
+  /// EBUSY for ten seconds without another look.
   [[nodiscard]] int readValue(std::uint32_t index, const FourBytes& code, std::string& bytes);
 
   /// Does something that others who know of the lock must not do at the same time, and returns its
@@ -58,9 +58,15 @@ class KeyCursor {
   [[nodiscard]] int whileLocked(const std::function<int()>& action);
 
  private:
+  /// What became of the looks that one visit took.
+  struct Tally {
+    int looks = 0;
+    int refusals = 0;
+    int answers = 0;  // whosever they were
+  };
   /// What one look at the key under the cursor has shown.
   struct Sight {
-    int looks = 0;  // up to and with this one, where several were taken
+    Tally all;  // up to and with this one
     bool isBlind = false;
     FileContent name;
     std::vector<FileContent> facts;  // none when there is no name

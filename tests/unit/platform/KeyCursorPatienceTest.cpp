@@ -135,15 +135,23 @@ class RefusedKeyBesideARival : public testing::Test {
     std::string bytes;
     return cursor_.readValue(index, fourBytes(numbered(index)), bytes);
   }
+  void meddle(ScriptedDriver& driver, bool after) {
+    values_ += after ? 0 : 1;
+    if (after || (looksAtIt_ && values_ % 2 == 0)) {
+      driver.moveCursor(after ? 150 : 7);
+    }
+  }
 
   const DriverBench bench_{machine()};
   const std::shared_ptr<SteppingClock> clock_ = std::make_shared<SteppingClock>();
   bool isRestless_ = true;
+  bool looksAtIt_ = false;  // the rival, at every second value
+  int values_ = 0;
   KeyCursor cursor_{std::make_shared<MeddledDriver>(
                         bench_.driver(),
                         [this](ScriptedDriver& driver, const std::string& file, bool after) {
-                          if (isRestless_ && file == "_data" && after) {
-                            driver.moveCursor(150);
+                          if (isRestless_ && file == "_data") {
+                            meddle(driver, after);
                           }
                         }),
                     bench_.cursorPath(), clock_};
@@ -159,6 +167,14 @@ TEST_F(RefusedKeyBesideARival, IsNotAskedForAgainForTenSeconds) {
   EXPECT_EQ(read(9), 0) << "others are";
   clock_->sleepFor(2s);
   EXPECT_EQ(read(7), EIO);
+}
+
+TEST_F(RefusedKeyBesideARival, KeepsNoOtherFromBeingAskedForAgainAtOnce) {
+  looksAtIt_ = true;
+  EXPECT_EQ(read(9), EBUSY);
+  EXPECT_EQ(bench_.driver()->valuesRead(), 6U) << "three values and three refusals";
+  isRestless_ = false;
+  EXPECT_EQ(read(9), 0);
 }
 
 TEST_F(RefusedKeyBesideARival, IsAskedForAgainAtOnceWhenItWasLeftAlone) {
