@@ -121,7 +121,7 @@ int KeyDirectory::nameNearMiddle(std::uint32_t low, std::uint32_t high, std::uin
     index = middle + i < high ? middle + i : high - 1 - i;
     if (!isNameless(index)) {
       error = nameAt(index, code);
-      error = error == 0 && code == FourBytes() ? EBADMSG : error;
+      error = error == 0 && code.front() == '\0' ? EBADMSG : error;
       passed.push_back(index);
     }
   }
