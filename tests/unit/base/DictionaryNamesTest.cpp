@@ -24,6 +24,19 @@ TEST(Dictionary, NamesInAnyOrderAreFoundTogether) {
   EXPECT_TRUE(dictionary.getEach(std::array<std::string_view, 2>{"one", "four"})[1].isNothing());
 }
 
+// A walk goes by length and the characters at the ends before it compares a name.
+TEST(Dictionary, NamesThatDifferInTheirMiddleAloneAreToldApart) {
+  Dictionary dictionary({{"dataType", 1}, {"dataSize", 2}});
+  EXPECT_EQ(dictionary.get("dataType"), Value(1));
+  EXPECT_EQ(dictionary.get("dataSize"), Value(2));
+  EXPECT_TRUE(dictionary.get("datazzze").isNothing());
+  dictionary.set("datazzze", 3);
+  dictionary.set("dataSize", Value());
+  EXPECT_EQ(dictionary.get("dataType"), Value(1));
+  EXPECT_TRUE(dictionary.get("dataSize").isNothing());
+  EXPECT_EQ(dictionary.get("datazzze"), Value(3));
+}
+
 TEST(Dictionary, UpdatesThatRemoveAndAddLeaveTheRightEntries) {
   Dictionary dictionary({{"one", 1}, {"two", 2}, {"three", 3}});
   dictionary.setEach(std::array<Dictionary::Update, 4>{
