@@ -140,24 +140,32 @@ void FanBatch::lookForTrouble() {
 }
 
 void FanBatch::lookWhetherFansAreRead() {
-  if (const auto fan = watch_->unreadFan()) {
-    trouble_ = {exitFor(fan->key.status), fan->key.key + " of " + fan->name +
-                                              " cannot be read any more" + fan->key.statusText() +
-                                              ", so the fan self-test was canceled"};
+  const auto unread = watch_->unreadFan();
+  if (!unread && !isWithoutSamples()) {
     return;
   }
-  constexpr int kMostLooks = 40;  // ten seconds
+  // A controller that is gone is said to be so, whichever key was the first to miss it.
+  if (const auto status = fanCountStatus()) {
+    trouble_ = {exitFor(*status), "the fans cannot be read any more " + statusText(*status) +
+                                      ", so the fan self-test was canceled"};
+  } else if (unread) {
+    trouble_ = {exitFor(unread->key.status),
+                unread->key.key + " of " + unread->name + " cannot be read any more" +
+                    unread->key.statusText() + ", so the fan self-test was canceled"};
+  }
+}
+
+/// Whether the tests have taken no sample for ten seconds; asked at each look.
+bool FanBatch::isWithoutSamples() {
+  constexpr int kMostLooks = 40;
   const std::int64_t samples = watch_->samples();
   looksWithoutSample_ = samples != samplesSeen_ ? 0 : looksWithoutSample_ + 1;
   samplesSeen_ = samples;
   if (looksWithoutSample_ < kMostLooks) {
-    return;
+    return false;
   }
   looksWithoutSample_ = 0;
-  if (const auto status = fanCountStatus()) {
-    trouble_ = {exitFor(*status), "the fans cannot be read any more " + statusText(*status) +
-                                      ", so the fan self-test was canceled"};
-  }
+  return true;
 }
 
 /// A verdict over fans that the system does not let this user command would be one over the user.

@@ -55,6 +55,7 @@ class FanBatch {
   [[nodiscard]] bool hasEnded() const;
   void lookForTrouble();
   void lookWhetherFansAreRead();
+  [[nodiscard]] bool isWithoutSamples();
   void lookWhetherFansObey();
   [[nodiscard]] std::optional<ExitError> release();
   [[nodiscard]] bool handBack(const GuardedFans& left);
