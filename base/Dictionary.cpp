@@ -7,9 +7,6 @@ namespace halvarin {
 
 namespace {
 
-// A key record has about sixteen entries; comparing so few names beats hashing one.
-constexpr std::size_t kMostWalked = 20;
-
 /// Names that differ mostly differ in their length or in a character at an end.
 char tagOf(std::string_view name) {
   constexpr unsigned kSpread = 16;  // of a length among characters
@@ -103,13 +100,16 @@ void Dictionary::storeAll(Entries&& entries) const {
 
 std::size_t Dictionary::find(std::string_view name) const {
   if (entries_.size() > kMostWalked) {
-    const auto found = places_.find(name);
-    return found != places_.end() ? found->second : entries_.size();
+    const Entries& entries = entries_;
+    const std::size_t place =
+        index_.find(name, [&](std::size_t each) { return entries[each].first.view() == name; });
+    return std::min(place, entries_.size());
   }
+  const std::string_view tags(tags_.data(), entries_.size());
   const char tag = tagOf(name);
-  std::size_t place = tags_.find(tag);
-  while (place != std::string::npos && entries_[place].first.view() != name) {
-    place = tags_.find(tag, place + 1);
+  std::size_t place = tags.find(tag);
+  while (place != std::string_view::npos && entries_[place].first.view() != name) {
+    place = tags.find(tag, place + 1);
   }
   return std::min(place, entries_.size());
 }
@@ -122,7 +122,9 @@ void Dictionary::store(std::string_view name, Value&& value) const {
     entries_[place].second = std::move(value);
   } else {
     entries_.emplace_back(Text(name), std::move(value));
-    tags_.push_back(tagOf(name));
+    if (place < kMostWalked) {
+      tags_[place] = tagOf(name);
+    }
     indexFrom(place);
   }
 }
@@ -130,8 +132,10 @@ void Dictionary::store(std::string_view name, Value&& value) const {
 void Dictionary::erase(std::size_t place) const {
   if (place < entries_.size()) {
     entries_.erase(std::next(entries_.begin(), static_cast<std::ptrdiff_t>(place)));
-    tags_.erase(place, 1);
-    places_.clear();
+    for (std::size_t i = place; i < std::min(kMostWalked, entries_.size()); ++i) {
+      tags_[i] = tagOf(entries_[i].first.view());
+    }
+    index_.clear();
     indexFrom(0);
   }
 }
@@ -140,11 +144,11 @@ void Dictionary::indexFrom(std::size_t place) const {
   if (entries_.size() <= kMostWalked) {
     return;
   }
-  if (places_.empty()) {
+  if (index_.empty()) {
     place = 0;
   }
   for (; place < entries_.size(); ++place) {
-    places_[entries_[place].first] = place;
+    index_.add(entries_[place].first.view(), place);
   }
 }
 

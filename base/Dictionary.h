@@ -8,12 +8,12 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "base/Export.h"
 #include "base/Mutex.h"
+#include "base/NameIndex.h"
 #include "base/Value.h"
 
 namespace halvarin {
@@ -78,20 +78,8 @@ class HALVARIN_EXPORT Dictionary {
   void addEntriesFrom(const Dictionary& other);
 
  private:
-  // Names are looked up without making a text of them.
-  struct NameHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view name) const {
-      return std::hash<std::string_view>()(name);
-    }
-    std::size_t operator()(const Text& name) const { return (*this)(name.view()); }
-  };
-  struct SameName {
-    using is_transparent = void;
-    bool operator()(const Text& a, const Text& b) const { return a == b; }
-    bool operator()(const Text& a, std::string_view b) const { return a.view() == b; }
-    bool operator()(std::string_view a, const Text& b) const { return a == b.view(); }
-  };
+  // A key record has about sixteen entries; comparing so few names beats hashing one.
+  static constexpr std::size_t kMostWalked = 20;
 
   void pointToEach(std::span<const std::string_view> names, std::span<const Value*> values) const
       HALVARIN_REQUIRES(mutex_);
@@ -109,10 +97,9 @@ class HALVARIN_EXPORT Dictionary {
   mutable Entries entries_ HALVARIN_GUARDED_BY(mutex_);
   // What most names differ in, one byte for each entry in turn: a walk over a record searches these
   // and touches hardly a name but the one that it looks for.
-  mutable std::string tags_ HALVARIN_GUARDED_BY(mutex_);
-  // Name to place; used only once there are more entries than a walk finds quickly.
-  mutable std::unordered_map<Text, std::size_t, NameHash, SameName> places_
-      HALVARIN_GUARDED_BY(mutex_);
+  mutable std::array<char, kMostWalked> tags_ HALVARIN_GUARDED_BY(mutex_){};
+  // Used only once there are more entries than a walk finds quickly.
+  mutable NameIndex index_ HALVARIN_GUARDED_BY(mutex_);
 };
 
 }  // namespace halvarin
