@@ -32,6 +32,12 @@ std::int64_t truncated(double number) {
 
 }  // namespace
 
+Value::Value(const Value& other) = default;
+Value::Value(Value&& other) noexcept = default;
+Value& Value::operator=(const Value& other) = default;
+Value& Value::operator=(Value&& other) noexcept = default;
+Value::~Value() = default;
+
 Value::Value(ArrayRef array) {
   if (array) {
     held_ = std::move(array);

@@ -29,6 +29,11 @@ using DictionaryRef = std::shared_ptr<Dictionary>;
 class HALVARIN_EXPORT Value {
  public:
   Value() = default;
+  Value(const Value& other);
+  Value(Value&& other) noexcept;
+  Value& operator=(const Value& other);
+  Value& operator=(Value&& other) noexcept;
+  ~Value();
   Value(bool truth) : held_(truth) {}
   template <std::integral Integer>
   Value(Integer number) : held_(static_cast<std::int64_t>(number)) {}
