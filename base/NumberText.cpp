@@ -120,6 +120,19 @@ double decimalOf(std::string_view text, const DecimalParts& parts) {
   return parts.negative ? -magnitude : magnitude;
 }
 
+/// The reading of a text that does not begin with a number at once.
+double unusualReading(std::string_view text) {
+  if (text == "nan") {
+    return std::numeric_limits<double>::quiet_NaN();
+  }
+  if (text == "inf" || text == "-inf") {
+    return std::copysign(std::numeric_limits<double>::infinity(), text.front() == '-' ? -1 : 1);
+  }
+  text = withoutLeadingSpace(text);
+  const DecimalParts parts = takeDecimal(text);
+  return parts.digits == 0 ? 0 : decimalOf(text, parts);
+}
+
 // Written from the last digit on. "-0.00" keeps its sign, as printf does.
 std::string placePoint(std::uint64_t scaled, int digits, bool negative) {
   std::array<char, 24> buffer{};  // 20 digits of 64 bits, a point and a sign
@@ -150,15 +163,8 @@ std::string slowFixed(double value, int digits) {
 }  // namespace
 
 double decimalReading(std::string_view text) {
-  if (text == "nan") {
-    return std::numeric_limits<double>::quiet_NaN();
-  }
-  if (text == "inf" || text == "-inf") {
-    return std::copysign(std::numeric_limits<double>::infinity(), text.front() == '-' ? -1 : 1);
-  }
-  text = withoutLeadingSpace(text);
   const DecimalParts parts = takeDecimal(text);
-  return parts.digits == 0 ? 0 : decimalOf(text, parts);
+  return parts.digits == 0 ? unusualReading(text) : decimalOf(text, parts);
 }
 
 std::optional<double> wholeDecimal(std::string_view text) {
@@ -216,11 +222,12 @@ std::string fixedText(double value, int digits) {
   // that may have been rounded take the long way.
   const double scale = kExactPowersOfTen[static_cast<std::size_t>(digits)];
   const double scaled = std::abs(value) * scale;
-  const bool mayBeExact = scaled < static_cast<double>(kLargestExactMantissa) && digits <= 4;
+  constexpr double kNoFractions = 0x1p52;  // a sum with it is a whole number, of two the even one
+  const bool mayBeExact = scaled < kNoFractions && digits <= 4;
   if (!mayBeExact || static_cast<double>(static_cast<float>(value)) != value) {
     return slowFixed(value, digits);
   }
-  return placePoint(static_cast<std::uint64_t>(std::nearbyint(scaled)), digits,
+  return placePoint(static_cast<std::uint64_t>((scaled + kNoFractions) - kNoFractions), digits,
                     std::signbit(value));
 }
 
