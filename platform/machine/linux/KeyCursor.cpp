@@ -145,7 +145,7 @@ int KeyCursor::readValue(std::uint32_t index, const FourBytes& code, std::string
 
 int KeyCursor::whileLocked(const std::function<int()>& action) {
   const MutexLock lock(mutex_);
-  const bool isLocked = openFile() == 0 && lockFile();
+  const bool isLocked = openFile() == 0 && lockFile(LockWait::always);
   const int error = action();
   if (isLocked) {
     file_->unlock();
@@ -219,9 +219,9 @@ int KeyCursor::openFile() {
   return error;
 }
 
-bool KeyCursor::lockFile() {
+bool KeyCursor::lockFile(LockWait wait) {
   bool isLocked = file_->tryLock();
-  const bool isWorthWaiting = clock_->now() >= lockBackAt_;
+  const bool isWorthWaiting = wait == LockWait::always || clock_->now() >= lockBackAt_;
   for (int i = 0; !isLocked && isWorthWaiting && i < kMostLockTries; ++i) {
     clock_->sleepFor(kLockPause);
     isLocked = file_->tryLock();
@@ -235,7 +235,7 @@ bool KeyCursor::lockFile() {
 /// A look through the open file; EBUSY when it may have been at another key.
 int KeyCursor::lookOnce(std::uint32_t index, const std::vector<std::string_view>& facts,
                         Sight& sight) {
-  const bool isLocked = lockFile();
+  const bool isLocked = lockFile(LockWait::unlessInVain);
   const int error = look(index, facts, sight);
   sight.isBlind = file_->witness() == CursorFile::Witness::blind;
   if (isLocked) {

@@ -89,7 +89,9 @@ class KeyCursor {
   /// Whether the controller did not give something of it.
   [[nodiscard]] static bool showsRefusal(const Sight& sight);
   [[nodiscard]] int openFile() HALVARIN_REQUIRES(mutex_);
-  [[nodiscard]] bool lockFile() HALVARIN_REQUIRES(mutex_);
+  /// `always`: also where it was waited for in vain a moment ago.
+  enum class LockWait { always, unlessInVain };
+  [[nodiscard]] bool lockFile(LockWait wait) HALVARIN_REQUIRES(mutex_);
   [[nodiscard]] int lookOnce(std::uint32_t index, const std::vector<std::string_view>& facts,
                              Sight& sight) HALVARIN_REQUIRES(mutex_);
   [[nodiscard]] int look(std::uint32_t index, const std::vector<std::string_view>& facts,

@@ -265,6 +265,27 @@ TEST_F(LockedCursor, IsOthersTurnAfterAKeyThatWasRefused) {
   };
   EXPECT_EQ(read(7), EIO);
   EXPECT_TRUE(wasFree);
+  EXPECT_GE(clock_->now(), 2ms);
+}
+
+TEST_F(LockedCursor, IsLeftToAnotherBeforeAWriteEvenIfThatWasInVainAMomentAgo) {
+  ASSERT_TRUE(other_->tryLock());
+  ASSERT_EQ(read(9), 0);
+  const auto begin = clock_->now();
+  bool isHeld = true;
+  clock_->event = [&] {
+    if (isHeld && clock_->now() >= begin + 100ms) {
+      isHeld = false;
+      other_->unlock();
+    }
+  };
+  bool wasHeld = true;
+  EXPECT_EQ(cursor_.whileLocked([&] {
+    wasHeld = isHeld;
+    return 0;
+  }),
+            0);
+  EXPECT_FALSE(wasHeld);
 }
 
 }  // namespace
