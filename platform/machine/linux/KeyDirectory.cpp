@@ -67,14 +67,20 @@ int KeyDirectory::nameAt(std::uint32_t index, FourBytes& code) {
       return 0;
     }
   }
-  const int error = cursor_.name(index, code);
-  if (error == 0) {
-    const MutexLock lock(mutex_);
-    names_.emplace(index, code);
-    named_.emplace(number(code), index);
-    nameless_.erase(index);
+  FourBytes shown{};
+  if (const int error = cursor_.name(index, shown)) {
+    return error;
   }
-  return error;
+  const MutexLock lock(mutex_);
+  // Codes are shown up to their first zero byte, so two keys may show the same: the later of them
+  // would have the values of the earlier.
+  if (named_.try_emplace(number(shown), index).first->second != index) {
+    return EBADMSG;
+  }
+  names_.emplace(index, shown);
+  nameless_.erase(index);
+  code = shown;
+  return 0;
 }
 
 int KeyDirectory::find(const FourBytes& code, Entry& entry) {

@@ -201,6 +201,19 @@ TEST_F(DirectoryWithNamelessKeys, FindsOthersBesideOneWhoseCodeBeginsWithAZero) 
   EXPECT_EQ(find("D!!!"), EIO) << "it may be that one";
 }
 
+TEST_F(DirectoryWithNamelessKeys, GivesOneOfThoseThatShowTheSameNameAlone) {
+  driver_->nameless = {2, 3};
+  driver_->error = 0;
+  driver_->text = "\n";
+  FourBytes code = fourBytes("none");
+  ASSERT_EQ(directory_.nameAt(2, code), 0);
+  EXPECT_EQ(code, FourBytes());
+  code = fourBytes("none");
+  EXPECT_EQ(directory_.nameAt(3, code), EBADMSG) << "it would have the other's value";
+  EXPECT_EQ(code, fourBytes("none"));
+  EXPECT_EQ(directory_.nameAt(2, code), 0);
+}
+
 TEST_F(DirectoryWithNamelessKeys, DoesNotPassOverAKeyWhoseNameItMayNotKnowYet) {
   driver_->nameless = {2};
   driver_->error = ENODEV;
