@@ -51,7 +51,7 @@ bool FanControl::command(std::uint32_t fan, std::uint16_t speedRpm) {
     return false;
   }
   forced_.fans.push_back(fan);
-  if (!facade_->setFanMode(1, fan)) {
+  if (!isControlRead(fan) || !facade_->setFanMode(1, fan)) {
     return false;
   }
   isWritten_ = true;

@@ -141,6 +141,10 @@ bool releaseByKey(std::uint32_t fan) {
   return QXSMCInterface::sharedSMC()->SMCWriteKey(key.name, released, key.sizeBytes()) == 0;
 }
 
+bool handBackFan(QXHalvarin& facade, std::uint32_t fan) {
+  return isControlRead(fan) && (facade.setFanMode(0, fan) || releaseByKey(fan));
+}
+
 /// Whether anybody holds a fan that is not in the list.
 enum class Others { hold, holdNone, unknown };
 
@@ -162,6 +166,9 @@ Others othersBeside(QXHalvarin& facade, const std::vector<std::uint32_t>& own) {
 /// Switches the flag off unless another's fan would drop with it. False when that did not work, or
 /// when nobody can say.
 bool releaseTestFlag(QXHalvarin& facade, const std::vector<std::uint32_t>& own) {
+  if (!testFlagMayBeOn()) {
+    return true;
+  }
   const Others others = othersBeside(facade, own);
   return others == Others::hold || (others == Others::holdNone && facade.setFanEnable(false));
 }
@@ -193,7 +200,7 @@ bool areSeenAutomatic(const std::vector<std::uint32_t>& fans) {
 bool handBackFans(QXHalvarin& facade, const GuardedFans& forced) {
   bool done = true;
   for (const std::uint32_t fan : forced.fans) {
-    done = (facade.setFanMode(0, fan) || releaseByKey(fan)) && done;
+    done = handBackFan(facade, fan) && done;
   }
   if (forced.testFlag) {
     done = releaseTestFlag(facade, forced.fans) && done;
@@ -218,6 +225,11 @@ bool handBackPersistently(QXHalvarin& facade, const GuardedFans& forced,
     static_cast<void>(never.wait(i < kQuickTries ? kQuickPause : kSlowPause));
   }
   return false;
+}
+
+bool isControlRead(std::uint32_t fan) {
+  const FanControlKey key = readControlKey(fan);
+  return !key.isForceBits || key.isRead();
 }
 
 bool canHandBack(std::uint32_t fan) {

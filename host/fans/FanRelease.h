@@ -28,6 +28,10 @@ namespace halvarin::host {
 /// Whether the machine shows that none of the fans is forced; false when it does not say.
 [[nodiscard]] bool areSeenAutomatic(const std::vector<std::uint32_t>& fans);
 
+/// Whether it was read just now who commands the fan, where that also says who commands the others.
+/// Force bits that were read before may be another's fan by now: they must not be written.
+[[nodiscard]] bool isControlRead(std::uint32_t fan);
+
 /// Whether this process knows the key by which the fan is handed back. A key that could not be
 /// listed at its start, for the controller was busy, stays unknown to it.
 [[nodiscard]] bool canHandBack(std::uint32_t fan);

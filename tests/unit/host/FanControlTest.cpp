@@ -135,6 +135,16 @@ TEST_F(FanControlTest, ForcesNothingAfterItHandedBack) {
   EXPECT_THAT(writes(), IsEmpty());
 }
 
+TEST_F(FanControlTest, ForcesNothingByBitsThatItCannotRead) {
+  start({key("FS! ", "ui16", {0, 2})});
+  const auto breakable = std::make_shared<BreakableMachine>(installed_.machine);
+  breakable->breakKey("FS! ", 5, static_cast<platform::MachineStatus>(0xE00002D5));
+  platform::setMachine(breakable);
+  static_cast<void>(facade_->readFans());
+  EXPECT_FALSE(control_->force(0, 4000));
+  EXPECT_THAT(writes(), IsEmpty()) << "fan 1 is another's";
+}
+
 TEST_F(FanControlTest, WritesNothingMoreOnceAFanIsLeft) {
   start({key("F0Md", "ui8 ", {0})});
   EXPECT_TRUE(control_->force(0, 4000));

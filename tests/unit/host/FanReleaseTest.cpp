@@ -31,13 +31,19 @@ class FanRelease : public TwoFans {
     start({key("F0Md", "ui8 ", {1})});
     return handsBackAfterAWhile({{"F0Md", status}}, {0}, kind);
   }
+  static constexpr auto kBusy = static_cast<platform::MachineStatus>(0xE00002D5);
+
+  std::shared_ptr<BreakableMachine> breakable() {
+    auto machine = std::make_shared<BreakableMachine>(installed_.machine);
+    platform::setMachine(machine, std::make_shared<platform::ScaledClock>(100));
+    return machine;
+  }
   bool handsBackAfterAWhile(const std::map<std::string, std::uint32_t>& statuses,
                             const std::vector<std::uint32_t>& fans, MachineOption::Kind kind) {
-    const auto machine = std::make_shared<BreakableMachine>(installed_.machine);
+    const auto machine = breakable();
     for (const auto& [key, status] : statuses) {
       machine->breakKey(key, 6, static_cast<platform::MachineStatus>(status));
     }
-    platform::setMachine(machine, std::make_shared<platform::ScaledClock>(100));
     std::thread mender([&machine] {
       std::this_thread::sleep_for(std::chrono::milliseconds(500));
       machine->mend();
@@ -68,6 +74,32 @@ TEST_F(FanRelease, ForceBitsThatWereNotListedWholeHandNothingBack) {
   simulation.faults.push_back(faultOf("FS! ", 9));
   start({key("FS! ", "ui16", {0, 1})}, simulation);
   EXPECT_FALSE(host::handBackFans(*facade_, {{0}, false}));
+}
+
+TEST_F(FanRelease, ForceBitsThatCannotBeReadAreNotWritten) {
+  start({key("FS! ", "ui16", {0, 2})});
+  const auto machine = breakable();
+  machine->breakKey("FS! ", 5, kBusy);
+  static_cast<void>(facade_->readFans());
+  EXPECT_FALSE(host::handBackFans(*facade_, {{0}, false}));
+  EXPECT_THAT(writes(), IsEmpty()) << "fan 1 is another's";
+  machine->mend();
+  EXPECT_TRUE(host::handBackFans(*facade_, {{0}, false}));
+  EXPECT_THAT(writes(), ElementsAre("write FS!  size 2 bytes 0002 -> done"));
+}
+
+TEST_F(FanRelease, ATestFlagThatIsOffNeedsNoWordOnOtherFans) {
+  start({key("F0Md", "ui8 ", {1}), key("F1Md", "ui8 ", {0}), key("Ftst", "ui8 ", {0})});
+  breakable()->breakKey("F1Md", 5, kBusy);
+  EXPECT_TRUE(host::handBackFans(*facade_, {{0}, true}));
+  EXPECT_THAT(writes(), ElementsAre("write F0Md size 1 bytes 00 -> done"));
+}
+
+TEST_F(FanRelease, ATestFlagThatIsOnStaysSoWhereNobodyCanSayWhoHoldsAnotherFan) {
+  start({key("F0Md", "ui8 ", {1}), key("F1Md", "ui8 ", {0}), key("Ftst", "ui8 ", {1})});
+  breakable()->breakKey("F1Md", 5, kBusy);
+  EXPECT_FALSE(host::handBackFans(*facade_, {{0}, true}));
+  EXPECT_THAT(writes(), ElementsAre("write F0Md size 1 bytes 00 -> done"));
 }
 
 TEST_F(FanRelease, FindingOutWhyForcesNothing) {
