@@ -105,7 +105,7 @@ TEST_F(TestedFans, AreHandedBackByTheProgramItselfOnceItsGuardianIsDead) {
   RunningProgram program(HALVARIN_ROOTED, words);
   ASSERT_TRUE(program.waitForOutput("rah_max", kMost));
   machine.breakable().breakKey("F0Md", kWrite, kBusy);
-  kill(guardianOf(words[1]), SIGKILL);
+  ASSERT_TRUE(killGuardianOf(words[1]));
   EXPECT_FALSE(program.waitForEnd(700ms)) << "it gave up";
   machine.breakable().mend();
   const auto run = program.waitForEnd(kMost);
@@ -121,7 +121,7 @@ TEST_F(TestedFans, AreNotSaidToBeTriedOnByAGuardianThatIsDead) {
   RunningProgram program(HALVARIN_ROOTED, words);
   ASSERT_TRUE(program.waitForOutput("rah_max", kMost));
   machine.breakable().breakKey("F0Md", kWrite, kBusy);
-  kill(guardianOf(words[1]), SIGKILL);
+  ASSERT_TRUE(killGuardianOf(words[1]));
   const auto run = program.waitForEnd(kMost);
   ASSERT_TRUE(run);
   EXPECT_EQ(run->exit, 6) << run->out << run->err;

@@ -124,7 +124,7 @@ class HeldFan : public testing::Test {
 };
 
 TEST_F(HeldFan, IsHandedBackWhenItsGuardianDies) {
-  kill(guardianOf(words_[1]), SIGKILL);
+  ASSERT_TRUE(killGuardianOf(words_[1]));
   const auto run = program_->waitForEnd(kMost);
   ASSERT_TRUE(run);
   EXPECT_EQ(run->exit, 6);

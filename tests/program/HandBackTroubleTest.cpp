@@ -158,7 +158,7 @@ class TroubledFan : public testing::Test {
 
 TEST_F(TroubledFan, IsHandedBackByTheProgramItselfOnceItsGuardianIsDead) {
   machine_.breakable().breakKey("F0Md", kWrite, kBusy);
-  kill(guardianOf(words_[1]), SIGKILL);
+  ASSERT_TRUE(killGuardianOf(words_[1]));
   EXPECT_FALSE(program_->waitForEnd(700ms)) << "it gave up";
   machine_.breakable().mend();
   const auto run = program_->waitForEnd(kMost);

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -27,6 +28,12 @@ inline pid_t guardianOf(const std::string& machineWord) {
     }
   }
   return 0;
+}
+
+/// False when there is none.
+inline bool killGuardianOf(const std::string& machineWord) {
+  const pid_t guardian = guardianOf(machineWord);
+  return guardian > 0 && kill(guardian, SIGKILL) == 0;
 }
 
 }  // namespace halvarin::test
