@@ -59,7 +59,7 @@ void requireRange(const FanView& fan);
 /// A key that could not be read, and why.
 struct UnreadKey {
   std::string key;
-  std::int32_t status = 0;  // 0: it was read again since
+  std::int32_t status = 0;  // 0: none was given, or it was read again since
 
   /// " (status e00002d5)"; "" without one.
   [[nodiscard]] std::string statusText() const;

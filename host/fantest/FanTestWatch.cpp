@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <string_view>
 #include <utility>
 
 #include "base/Exception.h"
 #include "host/fantest/FanTestCsv.h"
 #include "selftest/TestStatus.h"
+#include "sensors/FanKey.h"
 #include "sensors/FanRecord.h"
 
 namespace halvarin::host {
@@ -32,6 +34,22 @@ void take(FanSeen& seen, double speedRpm) {
   seen.highestRpm = std::max(seen.highestRpm.value_or(speedRpm), speedRpm);
 }
 
+/// The limit that a reading lost without a status: only fans with a highest speed are tested, and
+/// one that had a least speed still has it.
+std::optional<UnreadKey> lostLimitOf(const Dictionary& fan, const DictionaryRef& lastGood) {
+  const auto lost = [&fan](std::string_view suffix) {
+    return UnreadKey{fan::key(fan.get(fan::kIndex).unsignedIntValue(), suffix), 0};
+  };
+  if (!(fan.get(fan::kMax).doubleValue() > 0)) {
+    return lost(fan::kMaximumSuffix);
+  }
+  const bool hadMinimum = lastGood && lastGood->get(fan::kMin).doubleValue() > 0;
+  if (hadMinimum && !(fan.get(fan::kMin).doubleValue() > 0)) {
+    return lost(fan::kMinimumSuffix);
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 FanTestWatch::FanTestWatch(std::vector<Fan> fans,
@@ -54,9 +72,10 @@ void FanTestWatch::updateFanProgress(const DictionaryRef& fan) {
     return;
   }
   const FanTestProgress progress = test->progress();
-  const auto unread = unreadKeyOf(*fan);
+  auto unread = unreadKeyOf(*fan);
   const MutexLock lock(mutex_);
   Entry& entry = entries_[index];
+  unread = unread ? unread : lostLimitOf(*fan, entry.lastGood);
   if (unread) {
     refuse(entry, *unread, *fan);
     return;

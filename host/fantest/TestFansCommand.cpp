@@ -13,6 +13,8 @@
 
 #include "base/Array.h"
 #include "base/PrintableText.h"
+#include "host/Controller.h"
+#include "host/Exit.h"
 #include "host/Facade.h"
 #include "host/MachineChoice.h"
 #include "host/RecordJson.h"
@@ -29,12 +31,34 @@
 #include "selftest/QXFanTestManager.h"
 #include "selftest/TestLog.h"
 #include "selftest/TestStatus.h"
+#include "sensors/FanKey.h"
+#include "smc/KeyCode.h"
 
 namespace halvarin::host {
 
 namespace {
 
 using Fans = std::vector<FanTestWatch::Fan>;
+
+/// Whether the controller answers for the fan's least speed at all: one of 0 RPM may be meant so.
+bool statesLeastSpeed(const FanView& fan, const Options& options) {
+  if (fan.minimumRpm > 0) {
+    return true;
+  }
+  const std::string key = fan::key(fan.index, fan::kMinimumSuffix);
+  const auto answer = Controller(options).key(swappedCode(recordInteger(key)));
+  return answer.status == 0 && answer.result == 0;
+}
+
+/// Throws ExitError for a fan that would be told to stop and judged by how well it does: its range
+/// cannot be read, or the machine states none. No more than that is left of a key that the
+/// controller never described, or that it refuses in its answer.
+void requireStatedRange(const FanView& fan, const Options& options) {
+  requireRange(fan);
+  if (!(fan.minimumRpm < fan.maximumRpm) || !statesLeastSpeed(fan, options)) {
+    throw ExitError(Exit::ownFailure, fanName(fan) + " states no range, so it cannot be tested");
+  }
+}
 
 /// Selects the fans that the options ask for, all that may be tested without any.
 Fans selectFans(const Options& options, QXHalvarin& facade) {
@@ -55,7 +79,7 @@ Fans selectFans(const Options& options, QXHalvarin& facade) {
       tests[i]->setSelected(isWanted);
     }
     if (tests[i]->selected()) {
-      requireRange(view.fans[i]);  // it would be commanded to 0 RPM
+      requireStatedRange(view.fans[i], options);
       fans.push_back({view.fans[i].index, fanName(view.fans[i]), tests[i]});
       if (view.fans[i].isForced) {
         std::cerr << "halvarin: " << fanName(view.fans[i])

@@ -7,6 +7,9 @@
 #include <chrono>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "base/FileBytes.h"
 #include "tests/support/FanMachines.h"
@@ -15,6 +18,7 @@
 #include "tests/support/RootedLogs.h"
 #include "tests/support/RunningProgram.h"
 #include "tests/support/ServedMachine.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Until.h"
 
 namespace halvarin::test {
@@ -28,6 +32,7 @@ using testing::Not;
 
 constexpr auto kMost = 30s;  // until a program on a busy computer has come so far
 constexpr std::uint8_t kRead = 5;
+constexpr std::uint8_t kKeyInfo = 9;
 constexpr auto kBusy = static_cast<platform::MachineStatus>(0xE00002D5);
 
 /// `test fans` with its logs in a folder of the test's own.
@@ -54,6 +59,62 @@ TEST_F(UnreadFan, IsNoReasonNotToTestTheOthers) {
       runProgram(HALVARIN_ROOTED, {"--machine", "simulated", "--clock", "100", "--fault",
                                    "F0Mx=error:e00002c2", "test", "fans", "--fan", "1"});
   EXPECT_EQ(run.exit, 0) << run.err;
+}
+
+TEST_F(UnreadFan, IsNotTestedWhenTheControllerRefusesItsRangeWithoutAStatus) {
+  const std::string file =
+      machineFile("fans-mode-key.txt").substr(std::string_view("file:").size());
+  for (const std::string limit : {"12C0", "5DC0"}) {
+    std::string text = fileBytes(file).value_or("");
+    ASSERT_NE(text.find(limit), std::string::npos);
+    text.replace(text.find(limit), limit.size(), "NOT READABLE, code 85");
+    const TemporaryFolder folder;
+    folder.write("machine.txt", text);
+    const std::string journal = folder.file("journal");
+    const ProgramRun run =
+        runProgram(HALVARIN_ROOTED, {"--machine", "file:" + folder.file("machine.txt"), "--clock",
+                                     "400", "--journal", journal, "test", "fans"});
+    EXPECT_EQ(run.exit, 6) << limit << run.out;
+    EXPECT_THAT(run.err,
+                HasSubstr("halvarin: Fan 0 (Left side) states no range, so it cannot be tested\n"));
+    EXPECT_THAT(run.out, Not(HasSubstr("Passed"))) << limit;
+    EXPECT_THAT(writesIn(journal), IsEmpty()) << limit;
+  }
+}
+
+TEST_F(UnreadFan, IsNotTestedWhenTheControllerNeverDescribesItsHighestSpeed) {
+  ServedMachine machine(fanMachine(FanStyle::modeKeys), {}, 50);
+  machine.breakable().breakKey("F1Mx", kKeyInfo, static_cast<platform::MachineStatus>(0xE00002CA));
+  const ProgramRun run = runProgram(HALVARIN_ROOTED, machine.words({"test", "fans"}));
+  EXPECT_EQ(run.exit, 6) << run.out;
+  EXPECT_THAT(run.err, HasSubstr("Fan 1 states no range, so it cannot be tested"));
+  EXPECT_THAT(run.out, Not(HasSubstr("Passed")));
+  EXPECT_THAT(machine.writes(), IsEmpty());
+  EXPECT_EQ(runProgram(HALVARIN_ROOTED, machine.words({"test", "fans", "--fan", "0"})).exit, 0);
+}
+
+TEST_F(UnreadFan, IsNotTestedOnAMachineWithoutAKeyForALimit) {
+  for (const std::string limit : {"F0Mn", "F0Mx"}) {
+    platform::RecordedMachine recorded = fanMachine(FanStyle::forceBits);
+    const auto code = key(limit, "fpe2", {}).code;
+    std::erase_if(recorded.keys, [&code](const auto& each) { return each.code == code; });
+    ServedMachine machine(std::move(recorded), {}, 50);
+    const ProgramRun run = runProgram(HALVARIN_ROOTED, machine.words({"test", "fans"}));
+    EXPECT_EQ(run.exit, 6) << limit << run.out;
+    EXPECT_THAT(run.err, HasSubstr("Fan 0 states no range, so it cannot be tested")) << limit;
+    EXPECT_THAT(machine.writes(), IsEmpty()) << limit;
+  }
+}
+
+TEST_F(UnreadFan, IsNotOneWhoseLeastSpeedIsToStandStill) {
+  platform::RecordedMachine recorded = fanMachine(FanStyle::modeKeys);
+  const auto code = key("F0Mn", "fpe2", {}).code;
+  for (platform::RecordedKey& each : recorded.keys) {
+    each.bytes = each.code == code ? std::vector<std::uint8_t>{0, 0} : each.bytes;
+  }
+  ServedMachine machine(std::move(recorded), {}, 50);
+  const ProgramRun run = runProgram(HALVARIN_ROOTED, machine.words({"test", "fans", "--fan", "0"}));
+  EXPECT_EQ(run.exit, 0) << run.out << run.err;
 }
 
 TEST_F(UnreadFan, EndsTheTestWithTheReasonAndIsHandedBack) {

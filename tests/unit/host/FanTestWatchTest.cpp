@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/Exception.h"
+#include "sensors/FanRecord.h"
+#include "smc/KeyRecord.h"
+#include "smc/QXSMCInterface.h"
 #include "tests/unit/selftest/FanTests.h"
 
 namespace halvarin::test {
@@ -24,6 +28,16 @@ class FanWatch : public FanTestCase {
   void run() {
     test_->startTestWithProgress(
         nullptr, [this](const DictionaryRef& fan) { watch_->updateFanProgress(fan); });
+  }
+
+  [[nodiscard]] DictionaryRef reading() { return facade_->readFans()->at(1).dictionary(); }
+  /// One with a limit of 0, which is what a key leaves that the controller refused without a
+  /// status.
+  [[nodiscard]] DictionaryRef readingWithout(std::string_view limit, std::string_view key) {
+    const DictionaryRef fan = reading();
+    fan->set(limit, 0);
+    QXSMCInterface::sharedSMC()->keyDict()->get(key).dictionary()->set(record::kValue, "0");
+    return fan;
   }
 
   std::shared_ptr<QXFanTest> test_;
@@ -88,6 +102,27 @@ TEST_F(FanWatch, BarNeverGoesBack) {
     before = watch_->views()[0].doneShare;
   });
   EXPECT_GT(before, 0.98);
+}
+
+TEST_F(FanWatch, ReadingWithoutALimitThatWasThereIsRefusedForTheLastGoodOne) {
+  watch_->updateFanProgress(reading());
+  EXPECT_THROW(watch_->updateFanProgress(readingWithout(fan::kMin, "F1Mn")), Exception);
+  EXPECT_THROW(watch_->updateFanProgress(readingWithout(fan::kMax, "F1Mx")), Exception);
+  EXPECT_EQ(watch_->seen(1).csvLines.size(), 1U);
+  watch_->endRefusals();
+  const DictionaryRef last = readingWithout(fan::kMax, "F1Mx");
+  watch_->updateFanProgress(last);
+  EXPECT_EQ(last->get(fan::kMax).doubleValue(), 6000);
+}
+
+TEST_F(FanWatch, FirstReadingWithoutAHighestSpeedIsRefused) {
+  EXPECT_THROW(watch_->updateFanProgress(readingWithout(fan::kMax, "F1Mx")), Exception);
+}
+
+TEST_F(FanWatch, FanThatMayStandStillIsRead) {
+  watch_->updateFanProgress(readingWithout(fan::kMin, "F1Mn"));
+  watch_->updateFanProgress(readingWithout(fan::kMin, "F1Mn"));
+  EXPECT_EQ(watch_->seen(1).csvLines.size(), 2U);
 }
 
 TEST_F(FanWatch, FanThatIsNotWatchedIsPassedOver) {
