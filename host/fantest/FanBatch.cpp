@@ -38,6 +38,7 @@ FanBatch::FanBatch(const Options& options, std::shared_ptr<QXHalvarin> facade,
       watch_(std::move(watch)) {}
 
 FanBatchEnd FanBatch::run(const std::function<void(const FanTestWatch& watch)>& show) {
+  requireObedience();
   if (!guardFans()) {
     return canceledEnd();
   }
@@ -60,6 +61,27 @@ void FanBatch::askForEnd() {
   isAsked_ = true;
   cancel();  // here too: the thread that runs the batch may wait for a terminal that takes nothing
   told_.signal();
+}
+
+/// A fan that was forced before would not show whether it obeys, so it is asked before the guardian
+/// and the tests touch it, by writing what it holds already.
+void FanBatch::requireObedience() {
+  for (const FanTestWatch::Fan& fan : fans_) {
+    const Trouble trouble = fan.wasForced ? refusalOf(fan) : Trouble();
+    if (trouble.exit != Exit::fine) {
+      throw ExitError(trouble.exit, trouble.line);
+    }
+  }
+}
+
+/// That the system does not let this user command the fan; no trouble when it does.
+FanBatch::Trouble FanBatch::refusalOf(const FanTestWatch::Fan& fan) {
+  const auto status = fanCommandStatus(fan.index, Probe::leavesForced);
+  if (!status || exitFor(*status) != Exit::notPermitted) {
+    return {};
+  }
+  return {Exit::notPermitted, fan.name + " could not be forced " + statusText(*status) +
+                                  ": not permitted; run it as root"};
 }
 
 /// What is left of a batch whose end was asked for before its first command.
@@ -174,17 +196,14 @@ void FanBatch::lookWhetherFansObey() {
     return;
   }
   for (const FanTestWatch::Fan& fan : fans_) {
-    const auto test = fan.test.lock();
+    const auto test = fan.wasForced ? nullptr : fan.test.lock();
     if (!test || !isCommanding(*test)) {
       continue;
     }
     const FansView view = readFansView(*facade_);
     isObedienceKnown_ = isAllShown(view);
-    const bool isRefused = !isAnyForced(view) && isCommanding(*test);
-    const auto status = isRefused ? fanCommandStatus(fan.index, Probe::leavesForced) : std::nullopt;
-    if (status && exitFor(*status) == Exit::notPermitted) {
-      trouble_ = {Exit::notPermitted, fan.name + " could not be forced " + statusText(*status) +
-                                          ": not permitted; run it as root"};
+    if (!isAnyForcedHere(view) && isCommanding(*test)) {
+      trouble_ = refusalOf(fan);
     }
     return;
   }
@@ -196,9 +215,9 @@ bool FanBatch::isAllShown(const FansView& view) const {
   });
 }
 
-bool FanBatch::isAnyForced(const FansView& view) const {
+bool FanBatch::isAnyForcedHere(const FansView& view) const {
   return std::any_of(fans_.begin(), fans_.end(), [&view](const FanTestWatch::Fan& fan) {
-    return fan.index >= view.fans.size() || view.fans[fan.index].isForced;
+    return fan.index >= view.fans.size() || (view.fans[fan.index].isForced && !fan.wasForced);
   });
 }
 

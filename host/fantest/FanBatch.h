@@ -48,6 +48,8 @@ class FanBatch {
     std::string line;
   };
 
+  void requireObedience();
+  [[nodiscard]] static Trouble refusalOf(const FanTestWatch::Fan& fan);
   [[nodiscard]] bool guardFans();
   [[nodiscard]] FanBatchEnd canceledEnd();
   void attend(const std::function<void(const FanTestWatch& watch)>& show);
@@ -62,8 +64,8 @@ class FanBatch {
   [[nodiscard]] ExitError whyUnreleased();
   /// Whether it is shown of all the fans who controls them.
   [[nodiscard]] bool isAllShown(const FansView& view) const;
-  /// Whether one of the fans is seen forced, or one is not seen at all.
-  [[nodiscard]] bool isAnyForced(const FansView& view) const;
+  /// Whether one of the fans is seen forced that was not before, or one is not seen at all.
+  [[nodiscard]] bool isAnyForcedHere(const FansView& view) const;
   [[nodiscard]] std::vector<std::uint32_t> stillForced();
 
   const Options& options_;

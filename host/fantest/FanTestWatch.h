@@ -38,6 +38,7 @@ class FanTestWatch : public FanTestDelegate {
     std::uint32_t index = 0;
     std::string name;
     std::weak_ptr<QXFanTest> test;  // not held: whoever drops it hands its fan back
+    bool wasForced = false;         // before the test, by somebody else
   };
 
   /// `onStateChange` gets a line whenever a test is found in another state than before; one at a

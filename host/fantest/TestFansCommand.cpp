@@ -80,7 +80,7 @@ Fans selectFans(const Options& options, QXHalvarin& facade) {
     }
     if (tests[i]->selected()) {
       requireStatedRange(view.fans[i], options);
-      fans.push_back({view.fans[i].index, fanName(view.fans[i]), tests[i]});
+      fans.push_back({view.fans[i].index, fanName(view.fans[i]), tests[i], view.fans[i].isForced});
       if (view.fans[i].isForced) {
         std::cerr << "halvarin: " << fanName(view.fans[i])
                   << " is forced already; the test takes it over and hands it back\n";

@@ -282,6 +282,31 @@ TEST_F(TestFans, UserWithoutTheRightToCommandFansIsToldSo) {
   EXPECT_THAT(result.err, HasSubstr("not permitted; run it as root"));
 }
 
+TEST_F(TestFans, UserWithoutThatRightIsToldSoOverFansThatSomebodyElseForces) {
+  const Words keys{"F0Md", "F0Tg", "F1md", "F1Tg"};
+  for (const Words& command : {Words{"test", "fans"}, Words{"test", "fans", "--fan", "1"}}) {
+    ServedMachine machine(fanMachine(FanStyle::modeKeys));
+    machine.write("F1md", 1, 1);
+    for (const std::string& key : keys) {
+      machine.breakable().breakKey(key, 6, static_cast<std::int32_t>(0xE00002C1));
+    }
+    const ProgramRun result = runProgram(HALVARIN_ROOTED, machine.words(command));
+    EXPECT_EQ(result.exit, 5) << result.out << result.err;
+    EXPECT_THAT(result.err, HasSubstr("not permitted; run it as root"));
+    EXPECT_THAT(result.out, Not(HasSubstr("Fan self-test:")));
+    EXPECT_EQ(machine.number("F1md", 1), 1U);
+  }
+}
+
+TEST_F(TestFans, ForcedFanOfAnotherIsNoSignThatTheOthersObeyThisUser) {
+  ServedMachine machine(fanMachine(FanStyle::modeKeys));
+  machine.write("F1md", 1, 1);
+  machine.breakable().breakKey("F0Md", 6, static_cast<std::int32_t>(0xE00002C1));
+  const ProgramRun result = runProgram(HALVARIN_ROOTED, machine.words({"test", "fans"}));
+  EXPECT_EQ(result.exit, 5) << result.out << result.err;
+  EXPECT_THAT(result.err, HasSubstr("Fan 0 could not be forced (status e00002c1): not permitted"));
+}
+
 // ---- files -------------------------------------------------------------------------------------
 
 TEST_F(TestFans, SamplesAreWrittenAndSaidWhereTheyAre) {
