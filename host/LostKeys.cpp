@@ -82,10 +82,18 @@ bool isDescribedNow(std::uint32_t wireKey, const Controller& controller) {
   return status == 0 || isPassing(status, controller);
 }
 
+/// Whether a key may belong to the fans, going by its name; "" is for one that is not known.
+bool mayBeOfFans(const std::string& name) {
+  return name.empty() || name.front() == 'F';
+}
+
+/// Which lost keys are looked for.
+enum class Wanted { all, ofFans };
+
 /// The name of the key at a place that was not listed whole, "" when the controller does not tell
-/// it at the moment; absent for a key that cannot be listed: its name is no text, or the controller
-/// never tells what it is.
-std::optional<std::string> lostAt(std::uint32_t index, const Controller& controller,
+/// it at the moment; absent for a key that is not wanted or cannot be listed: its name is no text,
+/// or the controller never tells what it is.
+std::optional<std::string> lostAt(std::uint32_t index, Wanted wanted, const Controller& controller,
                                   const Dictionary& table) {
   SMCCallRecord request;
   SMCCallRecord reply;
@@ -97,7 +105,8 @@ std::optional<std::string> lostAt(std::uint32_t index, const Controller& control
   const auto name = reply.result == 0 ? codeText(swappedCode(reply.key)) : std::nullopt;
   const auto characters = name ? utf16(*name) : std::nullopt;
   const bool canBeListed = characters && characters->size() == 4;
-  const bool isMissing = canBeListed && !isWhole(table.get(*name).dictionary());
+  const bool isWanted = canBeListed && (wanted == Wanted::all || mayBeOfFans(*name));
+  const bool isMissing = isWanted && !isWhole(table.get(*name).dictionary());
   return isMissing && isDescribedNow(reply.key, controller) ? name : std::nullopt;
 }
 
@@ -108,6 +117,11 @@ bool isAboutFans(Command command) {
 
 bool isTest(Command command) {
   return command == Command::testSensors || command == Command::testFans;
+}
+
+/// Whether any lost key of the fans makes what the command says or does untrue.
+bool needsAllOfFans(const Options& options) {
+  return isAboutFans(options.command) && !options.handsFanBack;
 }
 
 /// The keys without which a fan cannot be handed back, or only seemingly.
@@ -133,8 +147,12 @@ bool isNeeded(const LostKeys& lost, const Options& options) {
 }  // namespace
 
 bool LostKeys::mayConcernFans() const {
-  return std::any_of(names.begin(), names.end(),
-                     [](const std::string& name) { return name.empty() || name.front() == 'F'; });
+  return std::any_of(names.begin(), names.end(), mayBeOfFans);
+}
+
+void LostKeys::add(std::string name) {
+  const bool isFirstOfFans = mayBeOfFans(name) && !mayConcernFans();
+  names.insert(isFirstOfFans ? names.begin() : names.end(), std::move(name));
 }
 
 std::string LostKeys::text() const {
@@ -163,15 +181,21 @@ LostKeys lostKeys(const QXSMCInterface& smc, const Options& options) {
   }
   const Controller controller(options);
   lost.count = known ? *known : countAsked(controller, options);
-  // Each key that is busy takes its time, and a few tell as much as all.
+  // Each key that is busy takes its time, and a few tell as much as all, except where one of the
+  // fans' tells more. Controllers list keys by their names: a gap before the fans' may reach into
+  // them. Names alone are quickly asked for, and one that is not told ends it.
   constexpr std::size_t kEnough = 8;
-  for (std::uint32_t i = 0; i < lost.count && !lost.isCut; ++i) {
-    lost.isCut = lost.names.size() >= kEnough;
-    if (lost.isCut || listed.contains(std::to_string(i))) {
+  for (std::uint32_t i = 0; i < lost.count; ++i) {
+    if (listed.contains(std::to_string(i))) {
       continue;
     }
-    if (auto name = lostAt(i, controller, *table)) {
-      lost.names.push_back(std::move(*name));
+    lost.isCut = lost.names.size() >= kEnough;
+    if (lost.isCut && (!needsAllOfFans(options) || lost.mayConcernFans())) {
+      break;
+    }
+    const Wanted wanted = lost.isCut ? Wanted::ofFans : Wanted::all;
+    if (auto name = lostAt(i, wanted, controller, *table)) {
+      lost.add(std::move(*name));
     }
   }
   lost.isAll = listed.empty() && !lost.names.empty();

@@ -19,13 +19,16 @@ struct LostKeys {
 
   /// Whether a key may be among them that belongs to the fans, whose names begin with "F".
   [[nodiscard]] bool mayConcernFans() const;
+  /// Puts the first that may belong to the fans before all others, so that `text` names it.
+  void add(std::string name);
   /// "2 of the controller's 13 keys were not listed (FNum, F0Md)".
   [[nodiscard]] std::string text() const;
 };
 
 /// Asks the controller again for what is missing in the list, and nothing when it is whole. Not
-/// lost are keys that cannot be listed: without a name that is text, or beyond the list's end.
-/// Throws ExitError when the controller does not say how many there are.
+/// lost are keys that cannot be listed: without a name that is text, or beyond the list's end. Of
+/// many it names a few, one of the fans' among them if there is one and the options' command needs
+/// it. Throws ExitError when the controller does not say how many there are.
 [[nodiscard]] LostKeys lostKeys(const QXSMCInterface& smc, const Options& options);
 
 /// Throws ExitError when keys were lost without which the options' command would say what is not

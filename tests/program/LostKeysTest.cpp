@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/FanMachines.h"
@@ -27,7 +28,8 @@ constexpr auto kBusy = static_cast<platform::MachineStatus>(0xE00002D5);
 
 class LostKeys : public testing::Test {
  protected:
-  LostKeys() : machine_(fanMachine(FanStyle::modeKeys)) {}
+  explicit LostKeys(platform::RecordedMachine machine = fanMachine(FanStyle::modeKeys))
+      : machine_(std::move(machine)) {}
   ProgramRun run(const Words& command) {
     return runProgram(HALVARIN_ROOTED, machine_.words(command));
   }
@@ -114,6 +116,51 @@ TEST_F(LostKeys, ControllerThatCannotBeOpenedIsNoneWithoutKeys) {
        {Words{"fans"}, Words{"sensors"}, Words{"test", "fans"}, Words{"keys"}}) {
     expectRefused(command, "the controller cannot be opened (status e00002c5)");
   }
+}
+
+constexpr std::size_t kManyKeys = 10;
+
+std::string keyBeforeFans(std::size_t number) {
+  return "B0A" + std::to_string(number);
+}
+
+/// Keys that controllers list before those of the fans, which begin with a later letter.
+platform::RecordedMachine machineWithKeysBeforeFans() {
+  auto keys = fanMachine(FanStyle::modeKeys).keys;
+  keys.erase(keys.begin());  // the count of fewer keys
+  for (std::size_t i = kManyKeys; i-- > 0;) {
+    keys.insert(keys.begin(), key(keyBeforeFans(i), "ui8 ", {1}));
+  }
+  return machineWith(std::move(keys), "MacBookPro16,1");
+}
+
+class ManyLostKeys : public LostKeys {
+ protected:
+  ManyLostKeys() : LostKeys(machineWithKeysBeforeFans()) {
+    for (std::size_t i = 0; i < kManyKeys; ++i) {
+      machine_.breakable().breakKey(keyBeforeFans(i), kKeyInfo, kBusy);
+    }
+  }
+};
+
+TEST_F(ManyLostKeys, HideNoCountOfFansAmongThem) {
+  machine_.breakable().breakKey("FNum", kKeyInfo, kBusy);
+  for (const Words& command : kAboutFans) {
+    expectRefused(command, "were not listed (FNum, B0A0, ");
+  }
+}
+
+TEST_F(ManyLostKeys, HideNoModeOfAnotherFanAmongThem) {
+  machine_.breakable().breakKey("F1md", kKeyInfo, kBusy);
+  expectRefused({"fan", "0", "4000", "--leave"}, "F1md");
+  EXPECT_THAT(machine_.writes(), IsEmpty());
+}
+
+TEST_F(ManyLostKeys, LetFansBeShownWhoseKeysAreListed) {
+  const ProgramRun shown = run({"fans"});
+  EXPECT_EQ(shown.exit, 0) << shown.err;
+  EXPECT_THAT(shown.err, HasSubstr("at least 8 of the controller's 23 keys were not listed (B0A0"));
+  EXPECT_EQ(run({"sensors"}).exit, 0);
 }
 
 TEST(KeysThatCannotBeListed, AreNotLost) {
