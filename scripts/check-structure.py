@@ -52,6 +52,7 @@ TESTED_THROUGH_PROGRAM = {
     "host/fans/FanCommand.cpp": "tests/program/FanTest.cpp",
     "host/fans/FansCommand.cpp": "tests/program/FansTest.cpp",
     "host/fantest/FanBatch.cpp": "tests/program/TestFansTest.cpp",
+    "host/fantest/TestDisplay.cpp": "tests/program/FanTestReleaseTest.cpp",
     "host/fantest/TestFansCommand.cpp": "tests/program/TestFansTest.cpp",
     "host/fans/GuardianCommand.cpp": "tests/program/HandBackTest.cpp",
     "host/KeysCommand.cpp": "tests/program/KeysTest.cpp",

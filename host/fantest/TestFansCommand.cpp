@@ -18,7 +18,6 @@
 #include "host/Facade.h"
 #include "host/MachineChoice.h"
 #include "host/RecordJson.h"
-#include "host/Screen.h"
 #include "host/Table.h"
 #include "host/Terminal.h"
 #include "host/fans/EndSignals.h"
@@ -28,6 +27,7 @@
 #include "host/fantest/FanTestCsv.h"
 #include "host/fantest/FanTestView.h"
 #include "host/fantest/FanTestWatch.h"
+#include "host/fantest/TestDisplay.h"
 #include "selftest/QXFanTestManager.h"
 #include "selftest/TestLog.h"
 #include "selftest/TestStatus.h"
@@ -117,6 +117,7 @@ class FanTestRunner {
       if (unreleased_) {
         batch_.reset();  // nobody need read what is printed before its guardian acts
       }
+      display_.finish();
       saveSamples();
     }
     print();
@@ -128,19 +129,17 @@ class FanTestRunner {
 
  private:
   void test() {
-    const bool isDrawn = isDrawn_;
-    watch_ = std::make_shared<FanTestWatch>(fans_, [isDrawn](const std::string& line) {
-      if (!isDrawn) {
-        std::cerr << "halvarin: " + line + "\n";
+    watch_ = std::make_shared<FanTestWatch>(fans_, [this](const std::string& line) {
+      if (!isDrawn_) {
+        display_.say(line);
       }
     });
     batch_ = std::make_unique<FanBatch>(options_, facade_, fans_, watch_);
     const EndSignals signals([this] { batch_->askForEnd(); });
     std::signal(SIGTSTP, SIG_IGN);  // a suspended program could not hand its fans back
-    Screen screen;
-    auto [results, unreleased] = batch_->run([&screen, isDrawn](const FanTestWatch& watch) {
-      if (isDrawn) {
-        screen.show(progressFrame(watch.views()));
+    auto [results, unreleased] = batch_->run([this](const FanTestWatch& watch) {
+      if (isDrawn_) {
+        display_.draw(progressFrame(watch.views()));
       }
     });
     results_ = std::move(results);
@@ -248,6 +247,7 @@ class FanTestRunner {
   const MachineHeading heading_;
   const Fans fans_;
   const bool isDrawn_;
+  TestDisplay display_;  // ends after the guardian is told to act: it may wait for a terminal
   std::shared_ptr<FanTestWatch> watch_;  // null without a fan to test
   DictionaryRef results_;
   std::optional<ExitError> unreleased_;

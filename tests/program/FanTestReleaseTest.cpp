@@ -145,6 +145,38 @@ TEST_F(TestedFans, AreHandedBackThoughTheTerminalTakesNothingMore) {
   EXPECT_EQ(run->exit, 4) << run->out;
 }
 
+TEST_F(TestedFans, AreHandedBackAtTheEndOfATestThoughTheTerminalTakesNothingMore) {
+  ServedMachine machine(fanMachine(FanStyle::forceBits));
+  RunningProgram program(HALVARIN_ROOTED, machine.words({"test", "fans", "--fan", "0"}),
+                         TerminalSize{});
+  ASSERT_TRUE(program.waitForOutput("rah_max", kMost));
+  program.type("\x13");                // Ctrl-S
+  std::this_thread::sleep_for(300ms);  // so that the program has met it
+  ASSERT_EQ(machine.number("FS! ", 2), 1U);
+  EXPECT_TRUE(becomesTrue(kMost, [&] { return machine.number("FS! ", 2) == 0; }));
+  program.type("\x11");
+  const auto run = program.waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->exit, 0) << run->out;
+  EXPECT_THAT(run->out, HasSubstr("Fan self-test: Passed, 1 fan"));
+}
+
+TEST_F(TestedFans, AreHandedBackThoughNobodyTakesTheLinesOfTheirStates) {
+  ServedMachine machine(fanMachine(FanStyle::modeKeys), {}, 2);
+  RunningProgram program(HALVARIN_ROOTED, machine.words({"test", "fans", "--json", "--fan", "0"}),
+                         TerminalSize{});
+  ASSERT_TRUE(program.waitForOutput("wait_speed", kMost));
+  program.type("\x13");
+  ASSERT_EQ(machine.number("F0Md", 1), 1U);
+  ASSERT_TRUE(becomesTrue(kMost, [&] { return machine.number("F0Tg", 2) < 3000 * 4; }));
+  program.signal(SIGTERM);
+  EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return machine.number("F0Md", 1) == 0; }));
+  program.type("\x11");
+  const auto run = program.waitForEnd(kMost);
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->exit, 4) << run->out;
+}
+
 TEST_F(TestedFans, AreCanceledResultsWhenTheEndIsAskedForBeforeTheGuardianIsReady) {
   platform::Simulation slow;
   slow.latency = 40ms * ServedMachine::kFactor;
