@@ -81,7 +81,7 @@ void FanTestWatch::updateFanProgress(const DictionaryRef& fan) {
     return;
   }
   entry.lastGood = fan;
-  entry.refusedSince.reset();
+  entry.refusals = 0;
   FanTestView& view = entry.view;
   view.speedRpm = fan->get(fan::kSpeed).doubleValue();
   view.targetRpm = fan->get(fan::kTarget).doubleValue();
@@ -96,9 +96,10 @@ void FanTestWatch::updateFanProgress(const DictionaryRef& fan) {
 }
 
 void FanTestWatch::refuse(Entry& entry, const UnreadKey& unread, Dictionary& fan) {
-  if (!entry.refusedSince) {
+  if (entry.refusals == 0) {
     entry.refusedSince = platform::currentClock()->now();
   }
+  ++entry.refusals;
   entry.unread = unread;
   if (refuses_) {
     throw Exception("UnreadKey", unread.key + " cannot be read" + unread.statusText());
@@ -110,10 +111,11 @@ void FanTestWatch::refuse(Entry& entry, const UnreadKey& unread, Dictionary& fan
 
 std::optional<UnreadFan> FanTestWatch::unreadFan() const {
   constexpr std::chrono::seconds kLongest(10);
+  constexpr int kFewest = 8;  // a reading is due every 250 ms; one or two fail at any time
   const platform::Clock::Duration now = platform::currentClock()->now();
   const MutexLock lock(mutex_);
   for (const auto& [index, entry] : entries_) {
-    if (entry.refusedSince && now - *entry.refusedSince >= kLongest) {
+    if (entry.refusals >= kFewest && now - entry.refusedSince >= kLongest) {
       return UnreadFan{entry.view.name, entry.unread};
     }
   }

@@ -52,7 +52,8 @@ class FanTestWatch : public FanTestDelegate {
   /// canceled. What it is told instead is the fan's last good reading: it may command once more.
   void endRefusals() { refuses_ = false; }
 
-  /// A fan that has given no reading for ten seconds of the machine's time.
+  /// A fan whose readings have all been refused for ten seconds of the machine's time; several of
+  /// them, for time also passes while a busy computer lets no test go on.
   [[nodiscard]] std::optional<UnreadFan> unreadFan() const;
 
   /// The fans in their order, as they are now.
@@ -67,9 +68,10 @@ class FanTestWatch : public FanTestDelegate {
   struct Entry {
     FanTestView view;
     FanSeen seen;
-    DictionaryRef lastGood;                                 // null before it
-    std::optional<platform::Clock::Duration> refusedSince;  // absent after a good one
-    UnreadKey unread;                                       // of the latest refused reading
+    DictionaryRef lastGood;                    // null before it
+    int refusals = 0;                          // since the last good one
+    platform::Clock::Duration refusedSince{};  // when the first of them was
+    UnreadKey unread;                          // of the latest refused reading
   };
 
   void refuse(Entry& entry, const UnreadKey& unread, Dictionary& fan) HALVARIN_REQUIRES(mutex_);

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "base/Exception.h"
 #include "sensors/FanRecord.h"
 #include "smc/KeyRecord.h"
@@ -12,6 +14,7 @@
 namespace halvarin::test {
 namespace {
 
+using namespace std::chrono_literals;
 using host::FanTestWatch;
 using testing::ElementsAre;
 
@@ -38,6 +41,10 @@ class FanWatch : public FanTestCase {
     fan->set(limit, 0);
     QXSMCInterface::sharedSMC()->keyDict()->get(key).dictionary()->set(record::kValue, "0");
     return fan;
+  }
+
+  void refuse() {
+    EXPECT_THROW(watch_->updateFanProgress(readingWithout(fan::kMax, "F1Mx")), Exception);
   }
 
   std::shared_ptr<QXFanTest> test_;
@@ -123,6 +130,40 @@ TEST_F(FanWatch, FanThatMayStandStillIsRead) {
   watch_->updateFanProgress(readingWithout(fan::kMin, "F1Mn"));
   watch_->updateFanProgress(readingWithout(fan::kMin, "F1Mn"));
   EXPECT_EQ(watch_->seen(1).csvLines.size(), 2U);
+}
+
+TEST_F(FanWatch, FanIsUnreadAfterTenSecondsAndEightRefusalsInARow) {
+  constexpr int kRefusals = 8;
+  for (int i = 0; i < kRefusals; ++i) {
+    EXPECT_FALSE(watch_->unreadFan()) << i;
+    refuse();
+    clock_->sleepFor(11s);  // a thread that had to wait so long for its turn
+  }
+  const auto unread = watch_->unreadFan();
+  ASSERT_TRUE(unread);
+  EXPECT_EQ(unread->name, "Fan 1");
+  EXPECT_EQ(unread->key.key, "F1Mx");
+}
+
+TEST_F(FanWatch, FanIsNotUnreadBeforeTenSeconds) {
+  for (int i = 0; i < 40; ++i) {
+    refuse();
+    EXPECT_FALSE(watch_->unreadFan()) << i;
+    clock_->sleepFor(249ms);
+  }
+  clock_->sleepFor(40ms);
+  EXPECT_TRUE(watch_->unreadFan());
+}
+
+TEST_F(FanWatch, GoodReadingMakesTheRefusalsBeforeItForgotten) {
+  for (int i = 0; i < 7; ++i) {
+    refuse();
+  }
+  clock_->sleepFor(11s);
+  watch_->updateFanProgress(reading());
+  refuse();
+  clock_->sleepFor(11s);
+  EXPECT_FALSE(watch_->unreadFan());
 }
 
 TEST_F(FanWatch, FanThatIsNotWatchedIsPassedOver) {
