@@ -25,6 +25,11 @@ constexpr std::string_view kCountKey = "#KEY";
 constexpr const char* kAdvice =
     "; try again: the controller was busy, and another program may be reading it at the same time";
 
+DictionaryRef tableOf(const QXSMCInterface& smc) {
+  const DictionaryRef held = smc.keyDict();
+  return held ? held : Dictionary::make();
+}
+
 bool isWhole(const DictionaryRef& record) {
   return record && record->has(record::kDataSize);
 }
@@ -124,24 +129,64 @@ bool needsAllOfFans(const Options& options) {
   return isAboutFans(options.command) && !options.handsFanBack;
 }
 
-/// The keys without which a fan cannot be handed back, or only seemingly.
-bool isNeededToHandBack(const std::string& name, std::uint32_t fan) {
-  return name == fan::kCountKey || name == fan::kForceBitsKey ||
-         name == fan::key(fan, fan::kModeSuffix) || name == fan::key(fan, fan::kLowerModeSuffix);
+/// Whether the controller has a key of this name; absent when it does not answer.
+std::optional<bool> hasKey(std::string_view name, const Controller& controller) {
+  constexpr std::uint8_t kResultKeyNotFound = 0x84;
+  SMCCallRecord request;
+  SMCCallRecord reply;
+  request.key = swappedCode(recordInteger(name));
+  request.command = kSMCCmdGetKeyInfo;
+  const bool isAnswered = controller.call(request, reply) == 0 &&
+                          (reply.result == 0 || reply.result == kResultKeyNotFound);
+  return isAnswered ? std::optional(reply.result == 0) : std::nullopt;
 }
 
-/// Whether what the command would say or do without the lost keys is not true or not done. To hand
-/// a fan back is never given up for a key that it can do without.
+/// The first key that may be lost of those without which a fan cannot be handed back, or only
+/// seemingly; "" for none. They are asked for by name: of the list's places not every name is
+/// known.
+std::string lostForHandBack(std::uint32_t fan, const Controller& controller,
+                            const Dictionary& table) {
+  const auto isListed = [&table](const std::string& name) {
+    return isWhole(table.get(name).dictionary());
+  };
+  std::string count(fan::kCountKey);
+  if (!isListed(count) && hasKey(count, controller).value_or(true)) {
+    return count;
+  }
+  std::string unanswered;
+  for (std::string name : {fan::key(fan, fan::kModeSuffix), fan::key(fan, fan::kLowerModeSuffix),
+                           std::string(fan::kForceBitsKey)}) {
+    if (isListed(name)) {
+      return "";  // machines have one of the three: of those not answered for this one has none
+    }
+    const auto isThere = hasKey(name, controller);
+    if (isThere.value_or(false)) {
+      return name;
+    }
+    if (!isThere && unanswered.empty()) {
+      unanswered = std::move(name);
+    }
+  }
+  return unanswered;
+}
+
+/// Refuses to hand a fan back where that would only seem to be done. It is never refused for a key
+/// that it can do without.
+void requireKeysToHandBack(const LostKeys& lost, const Dictionary& table, const Options& options) {
+  const Controller controller(options);
+  const std::string name = lostForHandBack(options.fan, controller, table);
+  if (name.empty()) {
+    return;
+  }
+  const bool isNamed = std::find(lost.names.begin(), lost.names.end(), name) != lost.names.end();
+  throw ExitError(Exit::ownFailure,
+                  lost.text() + (isNamed ? "" : ", and " + name + " may be among them") + kAdvice);
+}
+
+/// Whether what the command would say or do without the lost keys is not true or not done.
 bool isNeeded(const LostKeys& lost, const Options& options) {
-  if (lost.isAll || isTest(options.command)) {
-    return true;
-  }
-  if (options.command == Command::fan && options.handsFanBack) {
-    return std::any_of(lost.names.begin(), lost.names.end(), [&](const std::string& name) {
-      return isNeededToHandBack(name, options.fan);
-    });
-  }
-  return isAboutFans(options.command) && lost.mayConcernFans();
+  return lost.isAll || isTest(options.command) ||
+         (needsAllOfFans(options) && lost.mayConcernFans());
 }
 
 }  // namespace
@@ -171,8 +216,7 @@ std::string LostKeys::text() const {
 }
 
 LostKeys lostKeys(const QXSMCInterface& smc, const Options& options) {
-  const DictionaryRef held = smc.keyDict();
-  const DictionaryRef table = held ? held : Dictionary::make();
+  const DictionaryRef table = tableOf(smc);
   const std::set<std::string> listed = listedPlaces(*table);
   LostKeys lost;
   const auto known = countRead(*table);
@@ -209,6 +253,10 @@ void requireListedKeys(const QXSMCInterface& smc, const Options& options) {
   }
   if (isNeeded(lost, options)) {
     throw ExitError(Exit::ownFailure, lost.text() + kAdvice);
+  }
+  if (options.handsFanBack) {
+    const DictionaryRef table = tableOf(smc);
+    requireKeysToHandBack(lost, *table, options);
   }
   std::cerr << "halvarin: " << printable(lost.text()) << kAdvice << "\n";
 }

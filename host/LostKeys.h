@@ -32,8 +32,9 @@ struct LostKeys {
 [[nodiscard]] LostKeys lostKeys(const QXSMCInterface& smc, const Options& options);
 
 /// Throws ExitError when keys were lost without which the options' command would say what is not
-/// true: all of them, those of fans for what is about fans, any for a self-test. Says otherwise on
-/// standard error that some were.
+/// true: all of them, those of fans for what is about fans, any for a self-test, and to hand a fan
+/// back only those that it takes, asked for by name. Says otherwise on standard error that some
+/// were.
 void requireListedKeys(const QXSMCInterface& smc, const Options& options);
 
 }  // namespace halvarin::host

@@ -38,6 +38,7 @@ class LostKeys : public testing::Test {
     EXPECT_EQ(refused.exit, 6) << testing::PrintToString(command) << refused.out << refused.err;
     EXPECT_THAT(refused.out, Not(HasSubstr("Passed")));
     EXPECT_THAT(refused.out, Not(HasSubstr("no fans")));
+    EXPECT_THAT(refused.err, Not(HasSubstr("always under automatic control")));
     EXPECT_THAT(refused.err, HasSubstr(why)) << testing::PrintToString(command);
     EXPECT_THAT(refused.err, HasSubstr("try again")) << testing::PrintToString(command);
   }
@@ -118,6 +119,45 @@ TEST_F(LostKeys, ControllerThatCannotBeOpenedIsNoneWithoutKeys) {
   }
 }
 
+// Places in the list of the machine with mode keys.
+constexpr std::uint8_t kPlaceOfF0Md = 2;
+constexpr std::uint8_t kPlaceOfFNum = 11;
+constexpr std::uint8_t kPlaceOfTC0P = 12;
+
+TEST_F(LostKeys, ModeWithoutANameAmongThemIsNoFanThatIsAlwaysAutomatic) {
+  machine_.write("F0Md", 1, 1);
+  machine_.breakable().breakPlace(kPlaceOfF0Md, kBusy);
+  expectRefused(kAuto, "(one without a name), and F0Md may be among them");
+  machine_.breakable().breakKey("F0Md", kKeyInfo, kBusy);
+  expectRefused(kAuto, "(one without a name), and F0Md may be among them");
+  EXPECT_EQ(machine_.number("F0Md", 1), 1U);
+}
+
+TEST_F(LostKeys, CountOfFansWithoutANameAmongThemIsNoMachineWithoutFans) {
+  machine_.breakable().breakPlace(kPlaceOfFNum, kBusy);
+  expectRefused(kAuto, "(one without a name), and FNum may be among them");
+}
+
+TEST_F(LostKeys, SensorWithoutANameAmongThemKeepsNoFanForced) {
+  machine_.write("F0Md", 1, 1);
+  machine_.write("F1md", 1, 1);
+  machine_.breakable().breakPlace(kPlaceOfTC0P, kBusy);
+  EXPECT_EQ(run(kAuto).exit, 0);
+  EXPECT_EQ(run({"fan", "1", "auto"}).exit, 0);
+  EXPECT_EQ(machine_.number("F0Md", 1), 0U);
+  EXPECT_EQ(machine_.number("F1md", 1), 0U);
+}
+
+TEST(LostKeysOfForceBits, NamelessOnesKeepNoFanForced) {
+  ServedMachine served(fanMachine(FanStyle::forceBits));
+  served.write("FS! ", 2, 1);
+  served.breakable().breakPlace(1, kBusy);  // a speed
+  served.breakable().breakKey("F0Md", kKeyInfo, kBusy);
+  const ProgramRun handed = runProgram(HALVARIN_ROOTED, served.words(kAuto));
+  EXPECT_EQ(handed.exit, 0) << handed.err;
+  EXPECT_EQ(served.number("FS! ", 2), 0U);
+}
+
 constexpr std::size_t kManyKeys = 10;
 
 std::string keyBeforeFans(std::size_t number) {
@@ -154,6 +194,18 @@ TEST_F(ManyLostKeys, HideNoModeOfAnotherFanAmongThem) {
   machine_.breakable().breakKey("F1md", kKeyInfo, kBusy);
   expectRefused({"fan", "0", "4000", "--leave"}, "F1md");
   EXPECT_THAT(machine_.writes(), IsEmpty());
+}
+
+TEST_F(ManyLostKeys, HideNoModeOfTheFanToBeHandedBackAmongThem) {
+  machine_.write("F0Md", 1, 1);
+  machine_.breakable().breakKey("F0Md", kKeyInfo, kBusy);
+  expectRefused(kAuto, "and F0Md may be among them");
+}
+
+TEST_F(ManyLostKeys, KeepNoFanForcedThatCanBeHandedBack) {
+  machine_.write("F0Md", 1, 1);
+  EXPECT_EQ(run(kAuto).exit, 0);
+  EXPECT_EQ(machine_.number("F0Md", 1), 0U);
 }
 
 TEST_F(ManyLostKeys, LetFansBeShownWhoseKeysAreListed) {

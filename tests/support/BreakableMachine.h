@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -24,6 +25,11 @@ class BreakableMachine : public platform::Machine {
     const MutexLock lock(mutex_);
     broken_.push_back({std::string(key.rbegin(), key.rend()), command, status});
   }
+  /// From now on nobody is told the name of the key at this place, below 256.
+  void breakPlace(std::uint8_t index, platform::MachineStatus status) {
+    const MutexLock lock(mutex_);
+    brokenPlaces_.emplace(index, status);
+  }
   /// From now on no connection can be opened.
   void breakOpening(platform::MachineStatus status) {
     const MutexLock lock(mutex_);
@@ -32,6 +38,7 @@ class BreakableMachine : public platform::Machine {
   void mend() {
     const MutexLock lock(mutex_);
     broken_.clear();
+    brokenPlaces_.clear();
     openStatus_ = 0;
   }
 
@@ -53,6 +60,8 @@ class BreakableMachine : public platform::Machine {
                                              std::span<std::uint8_t> reply,
                                              std::size_t& replySize) override {
     constexpr std::size_t kCommandPlace = 42;
+    constexpr std::uint8_t kKeyByIndex = 8;
+    constexpr std::size_t kIndexPlace = 44;  // the low byte of four
     {
       const MutexLock lock(mutex_);
       const auto broken = std::find_if(broken_.begin(), broken_.end(), [&](const Broken& each) {
@@ -61,6 +70,12 @@ class BreakableMachine : public platform::Machine {
       });
       if (broken != broken_.end()) {
         return broken->status;
+      }
+      if (request.size() > kIndexPlace && request[kCommandPlace] == kKeyByIndex) {
+        const auto place = brokenPlaces_.find(request[kIndexPlace]);
+        if (place != brokenPlaces_.end()) {
+          return place->second;
+        }
       }
     }
     return behind_->call(connection, selector, request, reply, replySize);
@@ -81,6 +96,7 @@ class BreakableMachine : public platform::Machine {
   const std::shared_ptr<platform::Machine> behind_;
   Mutex mutex_;
   std::vector<Broken> broken_ HALVARIN_GUARDED_BY(mutex_);
+  std::map<std::uint8_t, platform::MachineStatus> brokenPlaces_ HALVARIN_GUARDED_BY(mutex_);
   platform::MachineStatus openStatus_ HALVARIN_GUARDED_BY(mutex_) = 0;
 };
 
