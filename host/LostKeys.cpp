@@ -157,7 +157,7 @@ std::string lostForHandBack(std::uint32_t fan, const Controller& controller,
   for (std::string name : {fan::key(fan, fan::kModeSuffix), fan::key(fan, fan::kLowerModeSuffix),
                            std::string(fan::kForceBitsKey)}) {
     if (isListed(name)) {
-      return "";  // machines have one of the three: of those not answered for this one has none
+      return "";  // a machine has only one of the three
     }
     const auto isThere = hasKey(name, controller);
     if (isThere.value_or(false)) {
