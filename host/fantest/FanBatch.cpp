@@ -201,8 +201,14 @@ void FanBatch::lookWhetherFansObey() {
       continue;
     }
     const FansView view = readFansView(*facade_);
+    const bool isForced = isAnyForcedHere(view);
+    // The test's own commands may be under way at the first look. To ask for the reason writes what
+    // keys held a moment before, and must not undo them.
+    if (!isForced && std::exchange(seenUnforced_, fan.index) != fan.index) {
+      return;
+    }
     isObedienceKnown_ = isAllShown(view);
-    if (!isAnyForcedHere(view) && isCommanding(*test)) {
+    if (!isForced && isCommanding(*test)) {
       trouble_ = refusalOf(fan);
     }
     return;

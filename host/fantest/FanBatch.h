@@ -80,6 +80,7 @@ class FanBatch {
   std::atomic<bool> isStarted_ = false;
   Trouble trouble_;
   bool isObedienceKnown_ = false;
+  std::optional<std::uint32_t> seenUnforced_;  // a fan that did not obey at the latest look
   std::int64_t samplesSeen_ = 0;
   int looksWithoutSample_ = 0;
 };
