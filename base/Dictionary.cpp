@@ -100,7 +100,7 @@ void Dictionary::storeAll(Entries&& entries) const {
 
 std::size_t Dictionary::find(std::string_view name) const {
   if (entries_.size() > kMostWalked) {
-    const Entries& entries = entries_;
+    const Entry* const entries = entries_.data();
     const std::size_t place =
         index_.find(name, [&](std::size_t each) { return entries[each].first.view() == name; });
     return std::min(place, entries_.size());
