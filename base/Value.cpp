@@ -32,6 +32,7 @@ std::int64_t truncated(double number) {
 
 }  // namespace
 
+// Here and not at every call: seven kinds make them long.
 Value::Value(const Value& other) = default;
 Value::Value(Value&& other) noexcept = default;
 Value& Value::operator=(const Value& other) = default;

@@ -33,6 +33,15 @@ constexpr auto kBusy = static_cast<platform::MachineStatus>(0xE00002D5);
 /// `test fans` with its logs in a folder of the test's own.
 class TestedFans : public testing::Test {
  protected:
+  /// From now on the terminal takes nothing more, and the program has met that.
+  static void stopTerminal(RunningProgram& program) {
+    program.type("\x13");  // Ctrl-S
+    std::this_thread::sleep_for(300ms);
+  }
+  static void goOnWithTerminal(RunningProgram& program) {
+    program.type("\x11");  // Ctrl-Q
+  }
+
   const RootedLogs logs_;
 };
 
@@ -134,12 +143,11 @@ TEST_F(TestedFans, AreHandedBackThoughTheTerminalTakesNothingMore) {
   RunningProgram program(HALVARIN_ROOTED, machine.words({"test", "fans", "--fan", "0"}),
                          TerminalSize{});
   ASSERT_TRUE(program.waitForOutput("rah_max", kMost));
-  program.type("\x13");                // Ctrl-S
-  std::this_thread::sleep_for(300ms);  // so that the program has met it
+  stopTerminal(program);
   ASSERT_EQ(machine.number("F0Md", 1), 1U);
   program.signal(SIGTERM);
   EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return machine.number("F0Md", 1) == 0; }));
-  program.type("\x11");
+  goOnWithTerminal(program);
   const auto run = program.waitForEnd(kMost);
   ASSERT_TRUE(run);
   EXPECT_EQ(run->exit, 4) << run->out;
@@ -150,11 +158,10 @@ TEST_F(TestedFans, AreHandedBackAtTheEndOfATestThoughTheTerminalTakesNothingMore
   RunningProgram program(HALVARIN_ROOTED, machine.words({"test", "fans", "--fan", "0"}),
                          TerminalSize{});
   ASSERT_TRUE(program.waitForOutput("rah_max", kMost));
-  program.type("\x13");                // Ctrl-S
-  std::this_thread::sleep_for(300ms);  // so that the program has met it
+  stopTerminal(program);
   ASSERT_EQ(machine.number("FS! ", 2), 1U);
   EXPECT_TRUE(becomesTrue(kMost, [&] { return machine.number("FS! ", 2) == 0; }));
-  program.type("\x11");
+  goOnWithTerminal(program);
   const auto run = program.waitForEnd(kMost);
   ASSERT_TRUE(run);
   EXPECT_EQ(run->exit, 0) << run->out;
@@ -166,12 +173,12 @@ TEST_F(TestedFans, AreHandedBackThoughNobodyTakesTheLinesOfTheirStates) {
   RunningProgram program(HALVARIN_ROOTED, machine.words({"test", "fans", "--json", "--fan", "0"}),
                          TerminalSize{});
   ASSERT_TRUE(program.waitForOutput("wait_speed", kMost));
-  program.type("\x13");
+  stopTerminal(program);
   ASSERT_EQ(machine.number("F0Md", 1), 1U);
   ASSERT_TRUE(becomesTrue(kMost, [&] { return machine.number("F0Tg", 2) < 3000 * 4; }));
   program.signal(SIGTERM);
   EXPECT_TRUE(becomesTrue(kHandBackLimit, [&] { return machine.number("F0Md", 1) == 0; }));
-  program.type("\x11");
+  goOnWithTerminal(program);
   const auto run = program.waitForEnd(kMost);
   ASSERT_TRUE(run);
   EXPECT_EQ(run->exit, 4) << run->out;
