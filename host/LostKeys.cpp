@@ -13,6 +13,7 @@
 #include "host/Controller.h"
 #include "host/Exit.h"
 #include "host/MachineChoice.h"
+#include "platform/machine/ControllerProtocol.h"
 #include "sensors/FanKey.h"
 #include "smc/KeyCode.h"
 #include "smc/KeyRecord.h"
@@ -131,13 +132,12 @@ bool needsAllOfFans(const Options& options) {
 
 /// Whether the controller has a key of this name; absent when it does not answer.
 std::optional<bool> hasKey(std::string_view name, const Controller& controller) {
-  constexpr std::uint8_t kResultKeyNotFound = 0x84;
   SMCCallRecord request;
   SMCCallRecord reply;
   request.key = swappedCode(recordInteger(name));
   request.command = kSMCCmdGetKeyInfo;
   const bool isAnswered = controller.call(request, reply) == 0 &&
-                          (reply.result == 0 || reply.result == kResultKeyNotFound);
+                          (reply.result == 0 || reply.result == platform::kResultKeyNotFound);
   return isAnswered ? std::optional(reply.result == 0) : std::nullopt;
 }
 
